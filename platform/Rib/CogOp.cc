@@ -1,0 +1,29 @@
+// Executing and committing engine commands through the installed sink.
+#include "Rib/CogOp.h"
+
+#include "Rib/EngineSink.h"
+
+namespace Rib {
+
+void CogOp::doSetU32(Orb::U32 tag, Orb::U32 value, Orb::U32 /*reserved*/) {
+  if (!values) values = CogValueTagArrayIs();
+  values->valueIs(tag, value);
+}
+
+void CogOp::doExecute() {
+  if (EngineSink* sink = engineSink()) sink->execute(*this);
+}
+
+void CogOp::doCommit() {
+  if (EngineSink* sink = engineSink()) sink->commit(CommitKind::synchronous);
+}
+
+Orb::Ptr<CogOp> CogOpIs(Orb::String name, RibPath path) {
+  return Orb::make<CogOp>(std::move(name), std::move(path));
+}
+
+void CogCommit::doCommit() {
+  if (EngineSink* sink = engineSink()) sink->commit(CommitKind::transaction);
+}
+
+}  // namespace Rib

@@ -1,0 +1,38 @@
+// The seam between the engine command library and whatever stands for the
+// engine: the agent's engine connection, a recorder, an engine model.
+#pragma once
+
+#include "Rib/CogOp.h"
+
+namespace Rib {
+
+enum class CommitKind : Orb::U8 {
+  transaction,  // Rib::CogCommit::doCommit
+  synchronous,  // Rib::CogOp::doCommit: commits and waits for the engine
+};
+
+class EngineSink {
+ public:
+  virtual ~EngineSink() = default;
+  /// A command executed; `op` is valid only during the call.
+  virtual void execute(CogOp const& op) = 0;
+  virtual void commit(CommitKind kind) = 0;
+};
+
+/// Installs `sink` (nullptr: commands go nowhere) and returns the previous one.
+EngineSink* engineSinkIs(EngineSink* sink) noexcept;
+EngineSink* engineSink() noexcept;
+
+/// Installs a sink for the lifetime of the guard, then puts the previous back.
+class ScopedEngineSink {
+ public:
+  explicit ScopedEngineSink(EngineSink& sink) : previous_(engineSinkIs(&sink)) {}
+  ~ScopedEngineSink() { engineSinkIs(previous_); }
+  ScopedEngineSink(ScopedEngineSink const&) = delete;
+  ScopedEngineSink& operator=(ScopedEngineSink const&) = delete;
+
+ private:
+  EngineSink* previous_;
+};
+
+}  // namespace Rib
