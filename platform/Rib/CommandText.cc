@@ -251,6 +251,12 @@ std::string commandLine(RecordedCommand const& record) {
   return out;
 }
 
+std::string valueText(TaggedValue const& value) {
+  std::string out;
+  appendValue(out, value);
+  return out;
+}
+
 RecordedCommand parseCommandLine(std::string_view line) {
   return LineReader(line).read();
 }

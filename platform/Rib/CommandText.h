@@ -38,6 +38,10 @@ struct RecordedCommand {
 /// Command names are identifiers; a name holding a blank cannot be read back.
 std::string commandLine(RecordedCommand const& record);
 
+/// One value as the command line spells it, `<tag>:<kind>=<value>` (or
+/// `<tag>:reset`), for other text forms that show values the same way.
+std::string valueText(TaggedValue const& value);
+
 /// Reads a canonical line back. Only the canonical text is accepted, so
 /// `commandLine(parseCommandLine(line)) == line` whenever it succeeds; any
 /// other text raises Orb::RangeError saying what was expected at which offset.
