@@ -1,0 +1,190 @@
+// Tessel::Cog: the per-VRF translator. Every engine command the library sends
+// is one of its operations; it is made for one batch of changes and holds no
+// state between them.
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <string_view>
+
+#include "Acl/Enums.h"
+#include "Kiwi/IpAddr.h"
+#include "L3/VrfName.h"
+#include "Orb/Ptr.h"
+#include "Orb/String.h"
+#include "Rib/CogOp.h"
+#include "Routing/RouteMap/Map.h"
+#include "Routing/RouteMap/Types.h"
+
+namespace Tessel {
+
+using Orb::U32;
+using Orb::U8;
+using Rib::RibPath;
+
+class Cog : public Orb::Object {
+ public:
+  /// Which node space of the engine a prefix list lives in.
+  enum PrefixListFamily : U32 { ipv4 = 0, ipv6 = 1 };
+
+  explicit Cog(L3::VrfName vrfName) : vrfName_(std::move(vrfName)) {}
+
+  L3::VrfName const& vrfName() const noexcept { return vrfName_; }
+
+  /// The path of a top-level node of the VRF's policy tree.
+  RibPath ribPathIs(U32 id) const;
+  /// The path of one route-map sequence: 512, 576 = mapName, 577, 578 = seqno.
+  RibPath ribMapSeqPathIs(Orb::String const& mapName, U32 seqno) const;
+
+  /// Commits everything executed so far as one transaction.
+  void doCommit();
+  /// Commits and waits for the engine, carrying a harmless removal of an
+  /// AS-path list that never exists.
+  void doSyncCommit();
+  /// Sends the global route-map set-operation mode; does not commit.
+  void doRouteMapOpConfig(Routing::RouteMap::RouteMapOpModeType mode);
+
+  /// The engine's name of a prefix list: IPv6 lists share the node space of
+  /// IPv4 lists and are kept apart by a ".ipv6." prefix.
+  static Orb::String prefixListId(Orb::String const& name, PrefixListFamily family);
+
+  // Route maps and sequences. None of these commits.
+
+  /// Sends the whole map: every sequence with its match rules, sub-route-map
+  /// and set clauses, in the map's own iteration order. An empty map sends
+  /// nothing at all.
+  void doInsertRouteMap(Orb::Ptr<Routing::RouteMap::Map const> const& map,
+                        Orb::String const& mapName);
+  void doDeleteRouteMap(Orb::String const& mapName);
+  /// Re-announces the map before the sequence, so a sequence never reaches
+  /// the engine ahead of its map.
+  void doAddMapSequence(Orb::String const& mapName, Acl::MatchPermit permit, U32 seqno);
+  /// Same operation name as the map removal; the engine tells them apart by
+  /// the depth of the path.
+  void doDeleteMapSequence(Orb::String const& mapName, U32 seqno);
+  void doAddSubRouteMap(Orb::String const& mapName, U32 seqno, Orb::String const& subRouteMapName);
+
+  // Match clauses. A true `invert` is sent as flag 0; a false one is not sent.
+
+  /// Sends one rule through the handler of its option; unknown options are
+  /// traced and skipped.
+  void doAddMatchRule(Orb::String const& mapName, U32 seqno,
+                      Routing::RouteMap::MatchRule const& rule);
+  /// The value is also the key, so several values of one option coexist.
+  void doAddMatchIntValue(Orb::String const& mapName, U32 seqno, U32 keyTag, U32 valueTag,
+                          U32 value, bool invert);
+  void doAddMatchStrValue(Orb::String const& mapName, U32 seqno, U32 keyTag, U32 valueTag,
+                          Orb::String const& value, bool invert);
+  /// Configured protocol 1 to 9, sent as the engine's protocol code.
+  void doAddMatchProto(Orb::String const& mapName, U32 seqno, U32 protocol, bool invert);
+  /// OSPF metric type 1 or 2.
+  void doAddMatchMetricType(Orb::String const& mapName, U32 seqno, U32 type, bool invert);
+  /// Route type 1 to 4; type 5 is accepted and not sent.
+  void doAddMatchRouteType(Orb::String const& mapName, U32 seqno, U32 type, bool invert);
+  /// Matches on the kernel's name of the configured interface.
+  void doAddMatchInterface(Orb::String const& mapName, U32 seqno, Orb::String const& intfName,
+                           bool invert);
+  void doAddMatchGateway(Orb::String const& mapName, U32 seqno, Kiwi::IpAddr address, bool invert);
+  void doAddMatchNextHop(Orb::String const& mapName, U32 seqno, Kiwi::IpAddr address,
+                         Kiwi::Ip6Addr const& ip6Address, bool isIpv6, bool invert);
+  void doAddMatchAccessList(Orb::String const& mapName, U32 seqno, Orb::String const& listName,
+                            bool invert);
+  void doAddMatchPrefixList(Orb::String const& mapName, U32 seqno, Orb::String const& listName,
+                            bool isIpv6, bool invert);
+  /// Names the list as configured, without the family prefix, and cannot be
+  /// inverted.
+  void doAddMatchDynamicPrefixList(Orb::String const& mapName, U32 seqno,
+                                   Orb::String const& listName, bool isIpv6);
+  void doAddMatchNextHopPrefixList(Orb::String const& mapName, U32 seqno,
+                                   Orb::String const& listName, bool isIpv6, bool invert);
+  void doAddMatchResolvedNextHopPrefixList(Orb::String const& mapName, U32 seqno,
+                                           Orb::String const& listName, bool isIpv6, bool invert);
+  /// Always sends the invert flag, true or false.
+  void doAddMatchContribAggAttr(Orb::String const& mapName, U32 seqno, Orb::String const& mapName2,
+                                bool invert);
+  void doAddMatchAsRange(Orb::String const& mapName, U32 seqno, U32 low, U32 high, bool invert);
+  void doAddMatchAsPathLength(Orb::String const& mapName, U32 seqno, U32 first, U32 second,
+                              bool invert);
+  void doAddMatchInstance(Orb::String const& mapName, U32 seqno, U32 instance, U32 extra,
+                          bool invert);
+  /// Community-list match (standard, extended or large). Not sent yet: traces
+  /// at error level and sends nothing until the community clauses arrive.
+  void doAddMatchCommunity(Orb::String const& mapName, U32 seqno,
+                           Routing::RouteMap::CommListSet const& commListSet, bool invert,
+                           bool exact, Acl::CommunityType type);
+  /// Community-instance count match. Not sent yet, as doAddMatchCommunity.
+  void doAddMatchCommInst(Orb::String const& mapName, U32 seqno, U32 low, U32 high, bool invert);
+
+  // Set clauses: attributes of the set node (601) below the sequence.
+
+  void doSetIntValue(Orb::String const& mapName, U32 seqno, U32 tag, U32 value);
+  void doSetU8Value(Orb::String const& mapName, U32 seqno, U32 tag, U8 value);
+  void doSetStrValue(Orb::String const& mapName, U32 seqno, U32 tag, Orb::String const& value);
+  void doSetNextHop(Orb::String const& mapName, U32 seqno, Kiwi::IpAddr nextHop,
+                    Kiwi::Ip6Addr const& ipv6NextHop, bool isIpv6);
+  /// Commits right after its command, unlike the other set operations.
+  void doSetNextHopPeerAddr(Orb::String const& mapName, U32 seqno, U32 tag, bool value);
+  /// Commits right after its command, unlike the other set operations.
+  void doSetNextHopUnchanged(Orb::String const& mapName, U32 seqno, U32 tag, bool value);
+  void doSetAsPathPrependLastAs(Orb::String const& mapName, U32 seqno, U8 count);
+  /// Sends the metric and the MED mode; aborts on a MED type above 8.
+  void doSetMetric(Orb::String const& mapName, U32 seqno, U32 metric,
+                   Routing::RouteMap::MedType medType);
+  /// "type-1" or "type-2"; other text is traced and not sent.
+  void doSetMetricType(Orb::String const& mapName, U32 seqno, Orb::String const& type);
+  /// AS numbers as decimal text separated by blanks.
+  void doSetAsPathPrepend(Orb::String const& mapName, U32 seqno, Orb::String const& list);
+  /// AS numbers as decimal text separated by blanks.
+  void doSetAsPathReplace(Orb::String const& mapName, U32 seqno, Orb::String const& list);
+  /// Link-bandwidth options of the extended-community set; sent for every
+  /// sequence, so "none" resets what an earlier version set.
+  void doSetExtCommunityLbwOpts(Orb::String const& mapName, U32 seqno,
+                                Acl::ExtCommLinkBandwidthSetFlag lbwFlag, float value);
+  /// Standard community set of a clause. Not sent yet: traces at error level
+  /// and sends nothing until the community clauses arrive.
+  void doSetCommunity(Orb::String const& mapName, U32 seqno,
+                      Orb::Ptr<Routing::RouteMap::CommunitySet const> const& commSet);
+  /// Extended community set. Not sent yet, as doSetCommunity.
+  void doSetExtCommunity(Orb::String const& mapName, U32 seqno,
+                         Orb::Ptr<Routing::RouteMap::CommunitySet const> const& commSet);
+  /// Large community set. Not sent yet, as doSetCommunity.
+  void doSetLargeCommunity(Orb::String const& mapName, U32 seqno,
+                           Orb::Ptr<Routing::RouteMap::CommunitySet const> const& commSet);
+  /// Records the clause as a user of the community lists its set names. Not
+  /// recorded yet: traces at error level until the community clauses arrive.
+  void addRmClauseToCommListUsers(Orb::String const& mapName, U32 seqno,
+                                  Orb::Ptr<Routing::RouteMap::CommunitySet const> const& commSet);
+
+ private:
+  L3::VrfName vrfName_;
+  /// Carried for the engine command library; no operation reads it.
+  U32 reserved_ = 0;
+};
+
+/// The only way reactors obtain a translator.
+Orb::Ptr<Cog> cogFactory(L3::VrfName vrfName);
+
+/// A new, empty path for the VRF. Asserts that the VRF is the current root's
+/// when a root exists. The flag adds nothing to the path.
+RibPath cogVrePath(L3::VrfName const& vrfName, bool);
+
+/// A new command with that name and path, no values, not a deletion.
+Orb::Ptr<Rib::CogOp> ribOpIs(Orb::String const& name, RibPath path);
+
+/// Sends the first `count` AS numbers from `first` on (in key order) under
+/// set tag 18, packed back to back as 32-bit numbers in host byte order: a
+/// byte string of 4 * count bytes, not text. `count` must not exceed the
+/// elements left in the collection.
+void doSetAsPathPrepend_(L3::VrfName const& vrfName, Orb::String const& mapName, U32 seqno,
+                         Routing::RouteMap::MapEntry::AsPath::const_iterator first, U32 count);
+/// As doSetAsPathPrepend_, under set tag 34.
+void doSetAsPathReplace_(L3::VrfName const& vrfName, Orb::String const& mapName, U32 seqno,
+                         Routing::RouteMap::MapEntry::AsPath::const_iterator first, U32 count);
+
+std::string valueToStrep(Cog::PrefixListFamily v);
+/// Reads "ipv4", "ipv6" or a decimal number; anything else raises
+/// Orb::RangeError naming PrefixListFamily.
+Cog::PrefixListFamily prefixListFamilyFromStrep(std::string_view text);
+std::ostream& operator<<(std::ostream& os, Cog::PrefixListFamily v);
+
+}  // namespace Tessel

@@ -1,0 +1,75 @@
+// Maintenance and notification of the community-list user index.
+#include "Tessel/CommListUsers.h"
+
+#include "Orb/TypeRegistry.h"
+
+namespace Tessel {
+
+namespace {
+Orb::TypeRegistration collType({"Tessel::CommSetClauseMapEntryColl",
+                                {{CommSetClauseMapEntryColl::commSetClause_, "commSetClause"}},
+                                {}});
+Orb::TypeRegistration usersType({"Tessel::CommListUsers",
+                                 {{CommListUsers::commListUser_, "commListUser"}},
+                                 {}});
+}  // namespace
+
+Orb::Ptr<CommSetClauseMapEntryColl> commSetClauseMapEntryCollFactory(Orb::Name name) {
+  return new CommSetClauseMapEntryColl(std::move(name));
+}
+
+void CommSetClauseMapEntryColl::commSetClauseIs(CommSetClauseInMapEntry const& record) {
+  MapEntryCommSetClause const& key = record.mapEntryClause();
+  if (auto* existing = records_.get(key)) {
+    if (*existing == record) return;
+    *existing = record;
+  } else {
+    records_.insert(key, record);
+  }
+  notify(commSetClause_, Orb::Key::of(key));
+}
+
+void CommSetClauseMapEntryColl::commSetClauseDel(MapEntryCommSetClause const& key) {
+  if (records_.erase(key)) notify(commSetClause_, Orb::Key::of(key));
+}
+
+void CommSetClauseMapEntryColl::commSetClauseDelAll() {
+  std::vector<MapEntryCommSetClause> keys;
+  keys.reserve(records_.size());
+  for (auto const& kv : records_)
+    keys.push_back(kv.first);
+  for (auto const& k : keys)
+    commSetClauseDel(k);
+}
+
+Orb::Ptr<CommSetClauseMapEntryColl> CommListUsers::commListUser(Orb::Name const& listName) const {
+  auto const* p = colls_.get(listName);
+  return p ? *p : nullptr;
+}
+
+Orb::Ptr<CommSetClauseMapEntryColl> CommListUsers::commListUserIs(Orb::Name const& listName) {
+  if (auto* p = colls_.get(listName)) return *p;
+  Orb::Ptr<CommSetClauseMapEntryColl> coll = commSetClauseMapEntryCollFactory(listName);
+  coll->parentIs(this);
+  colls_.set(listName, coll);
+  notify(commListUser_, Orb::Key(listName));
+  return coll;
+}
+
+Orb::Ptr<CommSetClauseMapEntryColl> CommListUsers::commListUserDel(Orb::Name const& name) {
+  Orb::Name const listName = name;  // `name` may live in the node erased below
+  auto* p = colls_.get(listName);
+  if (!p) return nullptr;
+  Orb::Ptr<CommSetClauseMapEntryColl> coll = *p;
+  colls_.erase(listName);
+  coll->parentIs(nullptr);
+  notify(commListUser_, Orb::Key(listName));
+  return coll;
+}
+
+void CommListUsers::commListUserDelAll() {
+  while (!colls_.empty())
+    commListUserDel(colls_.begin()->first);
+}
+
+}  // namespace Tessel

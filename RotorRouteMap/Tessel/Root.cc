@@ -1,0 +1,150 @@
+// The root's inputs and the life of the per-VRF state machine.
+#include "Tessel/Root.h"
+
+#include "Orb/Trace.h"
+#include "Orb/TypeRegistry.h"
+#include "Tessel/TraceLevels.h"
+#include "Tessel/VrfStatusSm.h"
+
+namespace Tessel {
+
+Orb::Ptr<Root> rmRoot;
+
+namespace {
+Orb::TypeRegistration rootType({"Tessel::Root",
+                                {{Root::vrfName_, "vrfName"},
+                                 {Root::routeMapConfig_, "routeMapConfig"},
+                                 {Root::peerFilterConfig_, "peerFilterConfig"},
+                                 {Root::aclListConfig_, "aclListConfig"},
+                                 {Root::aclConfig_, "aclConfig"},
+                                 {Root::commListUsers_, "commListUsers"},
+                                 {Root::dynPfxListConfig_, "dynPfxListConfig"},
+                                 {Root::policyMap_, "policyMap"},
+                                 {Root::vrfStatusSm_, "vrfStatusSm"},
+                                 {Root::initialized_, "initialized"}},
+                                {}});
+}  // namespace
+
+Orb::Ptr<Root> rootFactory(Orb::Name name) {
+  Orb::Ptr<Root> root(new Root(std::move(name)));
+  root->hasNotificationActiveIs(true);
+  return root;
+}
+
+// Notifications stay off until rootFactory switches them on.
+Root::Root(Orb::Name name) : Entity(std::move(name), false) {
+  handleInitialized();
+}
+
+Root::~Root() {
+  commListUsersDel();
+  vrfStatusSmDel();
+}
+
+void Root::handleInitialized() {
+  ORB_TRACE(traceHandler, "void Tessel::Root::handleInitialized()");
+  commListUsersIs("comm-list-users");
+  initializedIs(true);
+  rmRoot = this;
+}
+
+void Root::vrfNameIs(L3::VrfName const& name) {
+  if (vrfNameValue_ == name) return;
+  vrfNameValue_ = name;
+  notify(vrfName_);
+}
+
+template <class P>
+void Root::inputIs(P& slot, P const& p, Attribute attribute) {
+  if (slot == p) return;
+  slot = p;
+  handleStatusSmCtorArg();
+  notify(attribute);
+}
+
+void Root::routeMapConfigIs(RouteMapConfigPtr const& p) {
+  inputIs(routeMapConfigValue_, p, routeMapConfig_);
+}
+void Root::peerFilterConfigIs(PeerFilterConfigPtr const& p) {
+  inputIs(peerFilterConfigValue_, p, peerFilterConfig_);
+}
+void Root::aclListConfigIs(AclListConfigPtr const& p) {
+  inputIs(aclListConfigValue_, p, aclListConfig_);
+}
+void Root::aclConfigIs(AclConfigPtr const& p) {
+  inputIs(aclConfigValue_, p, aclConfig_);
+}
+void Root::dynPfxListConfigIs(DynPfxListConfigPtr const& p) {
+  inputIs(dynPfxListConfigValue_, p, dynPfxListConfig_);
+}
+void Root::policyMapIs(PolicyMapPtr const& p) {
+  inputIs(policyMapValue_, p, policyMap_);
+}
+
+void Root::commListUsersIs(Orb::Name const& name) {
+  if (commListUsersValue_ && commListUsersValue_->name() == name) return;
+  commListUsersValue_ = CommListUsers::create(name);
+  commListUsersValue_->parentIs(this);
+  handleStatusSmCtorArg();
+  notify(commListUsers_);
+}
+
+void Root::commListUsersDel() {
+  if (!commListUsersValue_) return;
+  commListUsersValue_->parentIs(nullptr);
+  commListUsersValue_ = nullptr;
+  handleStatusSmCtorArg();
+  notify(commListUsers_);
+}
+
+void Root::handleStatusSmCtorArg() {
+  ORB_TRACE(traceHandler, "void Tessel::Root::handleStatusSmCtorArg()"
+                              << " vrfName is " << vrfNameValue_);
+  if (routeMapConfigValue_ && peerFilterConfigValue_ && aclListConfigValue_ && aclConfigValue_ &&
+      commListUsersValue_ && dynPfxListConfigValue_ && policyMapValue_) {
+    ORB_TRACE(traceHandler, "void Tessel::Root::handleStatusSmCtorArg()"
+                                << ": created vrfStatusSm");
+    vrfStatusSmIs(vrfNameValue_, routeMapConfigValue_, peerFilterConfigValue_, aclListConfigValue_,
+                  aclConfigValue_, dynPfxListConfigValue_, policyMapValue_);
+  } else if (vrfStatusSmValue_) {
+    vrfStatusSmDel();
+  }
+}
+
+void Root::vrfStatusSmIs(L3::VrfName const& vrfName, RouteMapConfigPtr const& routeMapConfig,
+                         PeerFilterConfigPtr const& peerFilterConfig,
+                         AclListConfigPtr const& aclListConfig, AclConfigPtr const& aclConfig,
+                         DynPfxListConfigPtr const& dynPfxListConfig,
+                         PolicyMapPtr const& policyMap) {
+  if (VrfStatusSm const* sm = vrfStatusSmValue_.get()) {
+    if (sm->vrfName() == vrfName && sm->routeMapConfig() == routeMapConfig &&
+        sm->peerFilterConfig() == peerFilterConfig && sm->aclListConfig() == aclListConfig &&
+        sm->aclConfig() == aclConfig && sm->dynPfxListConfig() == dynPfxListConfig &&
+        sm->policyMap() == policyMap) {
+      return;
+    }
+  }
+  // The new machine replays the configuration before the old one is torn down.
+  Orb::Ptr<VrfStatusSm> fresh =
+      Orb::make<VrfStatusSm>(vrfName, routeMapConfig, peerFilterConfig, aclListConfig, aclConfig,
+                             dynPfxListConfig, policyMap);
+  vrfStatusSmValue_ = fresh;
+  fresh->hasNotificationActiveIs(true);
+  notify(vrfStatusSm_);
+}
+
+void Root::vrfStatusSmDel() {
+  if (!vrfStatusSmValue_) return;
+  Orb::Ptr<VrfStatusSm> gone = std::move(vrfStatusSmValue_);
+  vrfStatusSmValue_ = nullptr;
+  gone->hasNotificationActiveIs(false);
+  notify(vrfStatusSm_);
+}
+
+void Root::initializedIs(bool v) {
+  if (initializedValue_ == v) return;
+  initializedValue_ = v;
+  notify(initialized_);
+}
+
+}  // namespace Tessel

@@ -1,0 +1,109 @@
+// Tessel::Root: the library's entry. The agent makes one with rootFactory,
+// gives it the VRF name and six configuration inputs; the root keeps a
+// VrfStatusSm exactly while all inputs and the community-list user index are
+// present, and rebuilds it when an input is replaced.
+#pragma once
+
+#include "Acl/AclListConfig.h"
+#include "Acl/Config.h"
+#include "L3/VrfName.h"
+#include "Orb/Entity.h"
+#include "Routing/DynamicPrefixList/Config.h"
+#include "Routing/RouteMap/Config.h"
+#include "RoutingPolicyMap/PolicyMap.h"
+#include "Tessel/CommListUsers.h"
+
+namespace Tessel {
+
+class VrfStatusSm;
+
+class Root : public Orb::Entity {
+ public:
+  enum Attribute : Orb::AttributeId {
+    vrfName_ = 1,
+    routeMapConfig_,
+    peerFilterConfig_,
+    aclListConfig_,
+    aclConfig_,
+    commListUsers_,
+    dynPfxListConfig_,
+    policyMap_,
+    vrfStatusSm_,
+    initialized_,
+  };
+
+  using RouteMapConfigPtr = Orb::Ptr<Routing::RouteMap::Config const>;
+  using PeerFilterConfigPtr = Orb::Ptr<Routing::RouteMap::PeerFilterConfig const>;
+  using AclListConfigPtr = Orb::Ptr<Acl::AclListConfig const>;
+  using AclConfigPtr = Orb::Ptr<Acl::Config const>;
+  using DynPfxListConfigPtr = Orb::Ptr<Routing::DynamicPrefixList::Config const>;
+  using PolicyMapPtr = Orb::Ptr<RoutingPolicyMap::PolicyMap>;
+
+  ~Root() override;
+
+  L3::VrfName const& vrfName() const noexcept { return vrfNameValue_; }
+  /// Stores and notifies a new name. The running VrfStatusSm keeps its VRF
+  /// until the next change of an input.
+  void vrfNameIs(L3::VrfName const& name);
+
+  RouteMapConfigPtr const& routeMapConfig() const noexcept { return routeMapConfigValue_; }
+  PeerFilterConfigPtr const& peerFilterConfig() const noexcept { return peerFilterConfigValue_; }
+  AclListConfigPtr const& aclListConfig() const noexcept { return aclListConfigValue_; }
+  AclConfigPtr const& aclConfig() const noexcept { return aclConfigValue_; }
+  DynPfxListConfigPtr const& dynPfxListConfig() const noexcept { return dynPfxListConfigValue_; }
+  PolicyMapPtr const& policyMap() const noexcept { return policyMapValue_; }
+
+  /// Each input setter does nothing for the pointer already held; otherwise
+  /// it stores it, brings VrfStatusSm in line, then notifies.
+  void routeMapConfigIs(RouteMapConfigPtr const& p);
+  void peerFilterConfigIs(PeerFilterConfigPtr const& p);
+  void aclListConfigIs(AclListConfigPtr const& p);
+  void aclConfigIs(AclConfigPtr const& p);
+  void dynPfxListConfigIs(DynPfxListConfigPtr const& p);
+  void policyMapIs(PolicyMapPtr const& p);
+
+  Orb::Ptr<CommListUsers> const& commListUsers() const noexcept { return commListUsersValue_; }
+  /// Makes the index of community-list users (when none of that name exists).
+  void commListUsersIs(Orb::Name const& name);
+  void commListUsersDel();
+
+  Orb::Ptr<VrfStatusSm> const& vrfStatusSm() const noexcept { return vrfStatusSmValue_; }
+  /// Keeps the running VrfStatusSm when its VRF and inputs are these;
+  /// otherwise replaces it with a new one.
+  void vrfStatusSmIs(L3::VrfName const& vrfName, RouteMapConfigPtr const& routeMapConfig,
+                     PeerFilterConfigPtr const& peerFilterConfig,
+                     AclListConfigPtr const& aclListConfig, AclConfigPtr const& aclConfig,
+                     DynPfxListConfigPtr const& dynPfxListConfig, PolicyMapPtr const& policyMap);
+  void vrfStatusSmDel();
+
+  bool initialized() const noexcept { return initializedValue_; }
+  void initializedIs(bool v);
+
+ private:
+  friend Orb::Ptr<Root> rootFactory(Orb::Name name);
+  explicit Root(Orb::Name name);
+  void handleInitialized();
+  void handleStatusSmCtorArg();
+  template <class P>
+  void inputIs(P& slot, P const& p, Attribute attribute);
+
+  L3::VrfName vrfNameValue_;
+  RouteMapConfigPtr routeMapConfigValue_;
+  PeerFilterConfigPtr peerFilterConfigValue_;
+  AclListConfigPtr aclListConfigValue_;
+  AclConfigPtr aclConfigValue_;
+  Orb::Ptr<CommListUsers> commListUsersValue_;
+  DynPfxListConfigPtr dynPfxListConfigValue_;
+  PolicyMapPtr policyMapValue_;
+  Orb::Ptr<VrfStatusSm> vrfStatusSmValue_;
+  bool initializedValue_ = false;
+};
+
+/// Makes a root, which becomes the current one (`rmRoot`), with its
+/// notifications on.
+Orb::Ptr<Root> rootFactory(Orb::Name name);
+
+/// The current root, or null. A later root replaces an earlier one.
+extern Orb::Ptr<Root> rmRoot;
+
+}  // namespace Tessel

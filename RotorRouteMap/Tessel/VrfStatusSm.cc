@@ -1,0 +1,83 @@
+// Creation and tear-down of the per-VRF configuration reactors.
+#include "Tessel/VrfStatusSm.h"
+
+#include "Orb/Trace.h"
+#include "Orb/TypeRegistry.h"
+#include "Tessel/RouteMapConfigSm.h"
+#include "Tessel/TraceLevels.h"
+
+namespace Tessel {
+
+namespace {
+Orb::TypeRegistration vrfStatusSmType({"Tessel::VrfStatusSm", {}, {}});
+}
+
+VrfStatusSm::VrfStatusSm(L3::VrfName vrfName, Root::RouteMapConfigPtr routeMapConfig,
+                         Root::PeerFilterConfigPtr peerFilterConfig,
+                         Root::AclListConfigPtr aclListConfig, Root::AclConfigPtr aclConfig,
+                         Root::DynPfxListConfigPtr dynPfxListConfig, Root::PolicyMapPtr policyMap)
+    : vrfName_(std::move(vrfName)),
+      routeMapConfig_(std::move(routeMapConfig)),
+      peerFilterConfig_(std::move(peerFilterConfig)),
+      aclListConfig_(std::move(aclListConfig)),
+      aclConfig_(std::move(aclConfig)),
+      dynPfxListConfig_(std::move(dynPfxListConfig)),
+      policyMap_(std::move(policyMap)) {
+  handleInitialized();
+}
+
+VrfStatusSm::~VrfStatusSm() {
+  orbDoZombieReactors(true);
+  for (int slot = 0; slot < childCount; ++slot)
+    childDel(Child(slot));
+}
+
+void VrfStatusSm::handleInitialized() {
+  ORB_TRACE(traceHandler, "void Tessel::VrfStatusSm::handleInitialized()");
+  // The reactors serve the VRF of the current root, which the engine paths
+  // are checked against.
+  L3::VrfName vrfName = rmRoot ? rmRoot->vrfName() : vrfName_;
+  routeMapConfigSmIs(routeMapConfig_, vrfName, policyMap_);
+  initializedIs(true);
+}
+
+RouteMapConfigSm* VrfStatusSm::routeMapConfigSm() const noexcept {
+  return static_cast<RouteMapConfigSm*>(child(routeMapChild));
+}
+
+void VrfStatusSm::routeMapConfigSmIs(Root::RouteMapConfigPtr const& config,
+                                     L3::VrfName const& vrfName,
+                                     Root::PolicyMapPtr const& policyMap) {
+  if (RouteMapConfigSm* sm = routeMapConfigSm(); sm && sm->routeMapConfig() == config &&
+                                                 sm->vrfName() == vrfName &&
+                                                 sm->policyMap() == policyMap) {
+    return;
+  }
+  childIs(routeMapChild, routeMapConfigSmFactory(config, vrfName, policyMap));
+}
+
+void VrfStatusSm::childIs(Child slot, Orb::Ptr<Orb::Reactor> reactor) {
+  children_[slot] = std::move(reactor);
+  children_[slot]->hasNotificationActiveIs(true);
+}
+
+Orb::Ptr<Orb::Reactor> VrfStatusSm::childDel(Child slot) {
+  Orb::Ptr<Orb::Reactor> gone = std::move(children_[slot]);
+  children_[slot] = nullptr;
+  if (gone) gone->hasNotificationActiveIs(false);
+  return gone;
+}
+
+void VrfStatusSm::Children::partNotificationIs(bool active) {
+  for (auto const& c : owner_->children_) {
+    if (c) c->hasNotificationActiveIs(active);
+  }
+}
+
+void VrfStatusSm::Children::partZombieIs(bool zombie) {
+  for (auto const& c : owner_->children_) {
+    if (c) c->orbDoZombieReactors(zombie);
+  }
+}
+
+}  // namespace Tessel
