@@ -1,0 +1,110 @@
+// The scenario language: route-policy configuration written one statement a
+// line, read into edits of the configuration entities a root watches.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Acl/AclListConfig.h"
+#include "Acl/Config.h"
+#include "L3/VrfName.h"
+#include "Routing/DynamicPrefixList/Config.h"
+#include "Routing/RouteMap/Config.h"
+#include "RoutingPolicyMap/PolicyMap.h"
+
+namespace Scenario {
+
+/// The six configuration inputs of a root, in the order the root lists them.
+enum class Input : unsigned {
+  routeMapConfig,
+  peerFilterConfig,
+  aclListConfig,
+  aclConfig,
+  dynPfxListConfig,
+  policyMap,
+};
+inline constexpr std::size_t inputCount = 6;
+
+/// The input's word in the language, such as "route-map-config".
+std::string_view inputName(Input input) noexcept;
+
+/// One complete set of configuration entities. The replay keeps two: the live
+/// one the root watches and a shadow nobody watches.
+struct Inputs {
+  Orb::Ptr<Routing::RouteMap::Config> routeMapConfig;
+  Orb::Ptr<Routing::RouteMap::PeerFilterConfig> peerFilterConfig;
+  Orb::Ptr<Acl::AclListConfig> aclListConfig;
+  Orb::Ptr<Acl::Config> aclConfig;
+  Orb::Ptr<Routing::DynamicPrefixList::Config> dynPfxListConfig;
+  Orb::Ptr<RoutingPolicyMap::PolicyMap> policyMap;
+
+  /// Empty entities, each named after its input.
+  static Inputs create();
+};
+
+/// A statement the replay will not run: bad syntax, a value the library
+/// treats as a programming error, or a reference to something absent.
+/// `what()` says what was expected; the caller adds where.
+class Refusal : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// A refusal with its place, "FILE:LINE: expected ...".
+class ScenarioError : public std::runtime_error {
+ public:
+  ScenarioError(std::string const& file, int line, std::string const& message)
+      : std::runtime_error(file + ":" + std::to_string(line) + ": " + message), line_(line) {}
+  int line() const noexcept { return line_; }
+
+ private:
+  int line_;
+};
+
+/// What a statement does to the question "should the engine now hold exactly
+/// the configuration?". A map changed since its last version bump is not yet
+/// sent; an input taken away freezes the engine until it is given back.
+struct Effect {
+  enum class Kind {
+    none,
+    mapChanged,       // a sequence, rule or field of `map` changed
+    mapVersioned,     // `map` was resent whole
+    mapRemoved,       // `map` left the configuration
+    sequenceRemoved,  // a sequence of `map` left; sent by itself
+    inputTaken,
+    inputGiven,
+  };
+  Kind kind = Kind::none;
+  Orb::Name map;
+  Input input = Input::routeMapConfig;
+};
+
+/// One statement, ready to run.
+struct Statement {
+  int line = 0;
+  /// The line as written, comment and trailing blanks removed.
+  std::string text;
+  /// The configuration change. It runs on the live inputs and again on the
+  /// shadow, so it reads nothing but the inputs it is given. It may raise
+  /// Refusal before it changes anything; null for statements that only
+  /// concern the root.
+  std::function<void(Inputs&)> edit;
+  Effect effect;
+};
+
+struct Scenario {
+  std::string file;
+  L3::VrfName vrf = "default";
+  std::vector<Statement> statements;
+};
+
+/// Reads a whole scenario; the first bad line raises ScenarioError.
+Scenario parse(std::string_view text, std::string const& file);
+/// Reads the file at `path` ("-" reads standard input).
+Scenario parseFile(std::string const& path);
+
+}  // namespace Scenario

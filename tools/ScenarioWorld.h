@@ -1,0 +1,101 @@
+// The world a scenario runs in: a root on live configuration inputs, its engine
+// stream (recorded and modelled), and an unwatched shadow copy for the check.
+#pragma once
+
+#include <array>
+#include <functional>
+#include <set>
+
+#include "FanOutSink.h"
+#include "Rib/EngineModel.h"
+#include "Rib/RecordingSink.h"
+#include "Scenario.h"
+#include "Tessel/Root.h"
+
+namespace Scenario {
+
+/// Owns the live root and the engine sinks while it exists; only one world
+/// may exist at a time, as the root is process-wide.
+class World {
+ public:
+  struct Options {
+    L3::VrfName vrf = "default";
+    /// Keep the shadow configuration the check replays; off saves the work
+    /// when nothing is checked.
+    bool shadow = true;
+  };
+
+  /// Installs the engine sinks, then makes the root with all six inputs, so
+  /// its first replay is part of the stream.
+  explicit World(Options options);
+  ~World();
+  World(World const&) = delete;
+  World& operator=(World const&) = delete;
+
+  /// Runs the statement on the live inputs, then on the shadow. A Refusal
+  /// raised by the statement leaves both as they were.
+  void apply(Statement const& statement);
+
+  /// Whether nothing is pending: every input present and every map resent
+  /// since its last change. Only then must the engine hold exactly what a
+  /// fresh root would send for the configuration.
+  bool settled() const;
+
+  Rib::RecordingSink const& recording() const noexcept { return recording_; }
+  /// The engine as the live stream left it.
+  Rib::EngineModel const& model() const noexcept { return model_; }
+  L3::VrfName const& vrf() const noexcept { return options_.vrf; }
+  Inputs const& live() const noexcept { return live_; }
+  /// The configuration as the statements left it, watched by nobody.
+  Inputs& shadow() noexcept { return shadow_; }
+  Inputs const& shadow() const noexcept { return shadow_; }
+  bool inputPresent(Input input) const noexcept { return present_[index(input)]; }
+
+  /// Maps that left the configuration while the route-map reactor was away
+  /// and that the engine therefore still holds: a new reactor only sends
+  /// what is there.
+  std::set<Orb::Name> const& staleMaps() const noexcept { return stale_; }
+
+  /// Commands and commits for which `keep` is false are still recorded but
+  /// never reach the model (null keeps everything), so a test can plant a
+  /// divergence.
+  void modelFilterIs(std::function<bool(Rib::RecordedCommand const&)> keep) {
+    modelFeed_.keep = std::move(keep);
+  }
+
+ private:
+  static std::size_t index(Input input) noexcept { return static_cast<std::size_t>(input); }
+  bool allPresent() const noexcept;
+  void inputIs(Input input, bool present);
+
+  /// The model's way in, through the test filter.
+  struct ModelFeed final : Rib::EngineSink {
+    explicit ModelFeed(Rib::EngineModel& m) : model(m) {}
+    void execute(Rib::CogOp const& op) override {
+      if (!keep || keep(Rib::RecordedCommand::of(op))) model.execute(op);
+    }
+    void commit(Rib::CommitKind kind) override {
+      if (!keep || keep(Rib::RecordedCommand::of(kind))) model.commit(kind);
+    }
+    Rib::EngineModel& model;
+    std::function<bool(Rib::RecordedCommand const&)> keep;
+  };
+
+  Options options_;
+  Rib::RecordingSink recording_;
+  Rib::EngineModel model_;
+  ModelFeed modelFeed_{model_};
+  FanOutSink sink_{{&recording_, &modelFeed_}};
+  Rib::EngineSink* previousSink_;
+  Inputs live_ = Inputs::create();
+  Inputs shadow_ = Inputs::create();
+  Orb::Ptr<Tessel::Root> root_;
+  std::array<bool, inputCount> present_{};
+  /// Maps changed since their last version; their engine state lags.
+  std::set<Orb::Name> dirty_;
+  /// Maps removed while an input was away, until the reactor comes back.
+  std::set<Orb::Name> removedWhileAway_;
+  std::set<Orb::Name> stale_;
+};
+
+}  // namespace Scenario

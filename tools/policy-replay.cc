@@ -1,0 +1,142 @@
+// policy-replay: runs a scenario of route-policy configuration changes against
+// a root for its VRF and prints the engine command stream the library sends.
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+#include <string>
+#include <string_view>
+
+#include "Check.h"
+#include "Orb/Trace.h"
+#include "Rib/CommandText.h"
+
+namespace {
+
+constexpr std::string_view kUsage =
+    "usage: policy-replay [options] SCENARIO\n"
+    "\n"
+    "Runs the scenario ('-' reads standard input) against a root with all six\n"
+    "inputs and prints the engine commands it sends, one canonical line each.\n"
+    "\n"
+    "options:\n"
+    "  --trace LEVEL  trace lines up to LEVEL (0-9) on standard error\n"
+    "  --state        after the stream, '# engine state' and the engine's state\n"
+    "  --check        after every settled statement, compare the engine state\n"
+    "                 with a fresh replay of the configuration; report the first\n"
+    "                 divergence and exit 1\n"
+    "  --help         this text\n"
+    "\n"
+    "exit status: 0 done, 1 divergence found, 2 bad usage or bad scenario\n";
+
+class StderrTrace final : public Orb::TraceSink {
+ public:
+  explicit StderrTrace(int level) : level_(level) {}
+  int maxLevel() const override { return level_; }
+  void traceLine(int level, std::string_view file, int line, std::string_view text) override {
+    std::cerr << level << ' ' << file << ':' << line << ' ' << text << '\n';
+  }
+
+ private:
+  int level_;
+};
+
+struct Options {
+  int trace = -1;
+  bool state = false;
+  bool check = false;
+  std::string scenario;
+};
+
+[[noreturn]] void usageError(std::string const& message) {
+  std::cerr << "policy-replay: " << message << "\n" << kUsage;
+  std::exit(2);
+}
+
+Options optionsOf(int argc, char** argv) {
+  Options o;
+  for (int i = 1; i < argc; ++i) {
+    std::string_view arg = argv[i];
+    if (arg == "--help" || arg == "-h") {
+      std::cout << kUsage;
+      std::exit(0);
+    } else if (arg == "--state") {
+      o.state = true;
+    } else if (arg == "--check") {
+      o.check = true;
+    } else if (arg == "--trace") {
+      if (++i == argc) usageError("--trace needs a level");
+      std::string_view level = argv[i];
+      if (level.size() != 1 || level[0] < '0' || level[0] > '9')
+        usageError("expected a trace level 0-9, got '" + std::string(level) + "'");
+      o.trace = level[0] - '0';
+    } else if (arg.size() > 1 && arg[0] == '-') {
+      usageError("unknown option '" + std::string(arg) + "'");
+    } else if (!o.scenario.empty()) {
+      usageError("only one scenario at a time");
+    } else {
+      o.scenario = arg;
+    }
+  }
+  if (o.scenario.empty()) usageError("no scenario given");
+  return o;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Options const options = optionsOf(argc, argv);
+  Scenario::Scenario scenario;
+  try {
+    scenario = Scenario::parseFile(options.scenario);
+  } catch (Scenario::ScenarioError const& e) {
+    std::cerr << e.what() << '\n';
+    return 2;
+  } catch (std::exception const& e) {
+    std::cerr << "policy-replay: " << e.what() << '\n';
+    return 2;
+  }
+
+  StderrTrace trace(options.trace);
+  Orb::TraceSink* previousTrace = Orb::traceSinkIs(options.trace >= 0 ? &trace : nullptr);
+  int status = 0;
+  {
+    Scenario::World world({scenario.vrf, options.check});
+    std::size_t printed = 0;
+    // Printing after every statement keeps the stream next to the trace and
+    // shows what was sent before a failure.
+    auto flush = [&] {
+      auto const& records = world.recording().records();
+      for (; printed < records.size(); ++printed)
+        std::cout << Rib::commandLine(records[printed]) << '\n';
+      std::cout.flush();
+    };
+    flush();
+    Scenario::RunHooks hooks;
+    if (options.trace >= 0) {
+      hooks.before = [&](Scenario::Statement const& s) {
+        std::cerr << "== " << scenario.file << ':' << s.line << ": " << s.text << '\n';
+      };
+    }
+    hooks.after = [&](Scenario::Statement const&) { flush(); };
+    try {
+      Scenario::RunResult result = Scenario::run(scenario, world, options.check, hooks);
+      for (auto const& note : result.notes)
+        std::cerr << note << '\n';
+      if (result.divergence) {
+        std::cerr << scenario.file << ':' << result.divergence->line << ": "
+                  << result.divergence->statement << '\n'
+                  << result.divergence->report;
+        status = 1;
+      } else if (options.check) {
+        std::cerr << "policy-replay: check passed; settled states compared: " << result.checks
+                  << '\n';
+      }
+      if (options.state) std::cout << "# engine state\n" << world.model().stateText();
+    } catch (Scenario::ScenarioError const& e) {
+      std::cerr << e.what() << '\n';
+      status = 2;
+    }
+  }
+  Orb::traceSinkIs(previousTrace);
+  return status;
+}
