@@ -24,6 +24,21 @@ Cog::PrefixListFamily family(bool isIpv6) {
   return isIpv6 ? Cog::ipv6 : Cog::ipv4;
 }
 
+// The three prefix-list matches differ only in operation and key tag; each
+// names the list by its engine id, so IPv6 lists carry their prefix.
+void sendPrefixListMatch(Cog const& cog, char const* operation, U32 keyTag,
+                         Orb::String const& mapName, U32 seqno, Orb::String const& listName,
+                         bool isIpv6, bool invert) {
+  Orb::String const id = Cog::prefixListId(listName, family(isIpv6));
+  RibPath path = cog.ribMapSeqPathIs(mapName, seqno);
+  path->doPushString(keyTag, id);
+  Orb::Ptr<Rib::CogOp> op = ribOpIs(operation, path);
+  pushInvert(*op, invert);
+  op->values->doPushU8(8, familyCode(isIpv6));
+  op->values->doPushString(7, id);
+  op->doExecute();
+}
+
 }  // namespace
 
 void Cog::doAddMatchRule(Orb::String const& mapName, U32 seqno,
@@ -245,14 +260,7 @@ void Cog::doAddMatchPrefixList(Orb::String const& mapName, U32 seqno, Orb::Strin
             "Orb::String const& listName, bool isIpv6, bool invert)"
                 << ": map=" << mapName << " seqno=" << seqno << " list=" << listName
                 << " isIpv6=" << isIpv6 << " invert=" << invert);
-  Orb::String const id = prefixListId(listName, family(isIpv6));
-  RibPath path = ribMapSeqPathIs(mapName, seqno);
-  path->doPushString(587, id);
-  Orb::Ptr<Rib::CogOp> op = ribOpIs("prefixList", path);
-  pushInvert(*op, invert);
-  op->values->doPushU8(8, familyCode(isIpv6));
-  op->values->doPushString(7, id);
-  op->doExecute();
+  sendPrefixListMatch(*this, "prefixList", 587, mapName, seqno, listName, isIpv6, invert);
 }
 
 void Cog::doAddMatchDynamicPrefixList(Orb::String const& mapName, U32 seqno,
@@ -277,14 +285,7 @@ void Cog::doAddMatchNextHopPrefixList(Orb::String const& mapName, U32 seqno,
             "seqno, Orb::String const& listName, bool isIpv6, bool invert)"
                 << ": map=" << mapName << " seqno=" << seqno << " list=" << listName
                 << " isIpv6=" << isIpv6 << " invert=" << invert);
-  Orb::String const id = prefixListId(listName, family(isIpv6));
-  RibPath path = ribMapSeqPathIs(mapName, seqno);
-  path->doPushString(619, id);
-  Orb::Ptr<Rib::CogOp> op = ribOpIs("nextHopPrefixList", path);
-  pushInvert(*op, invert);
-  op->values->doPushU8(8, familyCode(isIpv6));
-  op->values->doPushString(7, id);
-  op->doExecute();
+  sendPrefixListMatch(*this, "nextHopPrefixList", 619, mapName, seqno, listName, isIpv6, invert);
 }
 
 void Cog::doAddMatchResolvedNextHopPrefixList(Orb::String const& mapName, U32 seqno,
@@ -295,14 +296,8 @@ void Cog::doAddMatchResolvedNextHopPrefixList(Orb::String const& mapName, U32 se
             "U32 seqno, Orb::String const& listName, bool isIpv6, bool invert)"
                 << ": map=" << mapName << " seqno=" << seqno << " list=" << listName
                 << " isIpv6=" << isIpv6 << " invert=" << invert);
-  Orb::String const id = prefixListId(listName, family(isIpv6));
-  RibPath path = ribMapSeqPathIs(mapName, seqno);
-  path->doPushString(620, id);
-  Orb::Ptr<Rib::CogOp> op = ribOpIs("resolvedNextHopPrefixList", path);
-  pushInvert(*op, invert);
-  op->values->doPushU8(8, familyCode(isIpv6));
-  op->values->doPushString(7, id);
-  op->doExecute();
+  sendPrefixListMatch(*this, "resolvedNextHopPrefixList", 620, mapName, seqno, listName, isIpv6,
+                      invert);
 }
 
 void Cog::doAddMatchContribAggAttr(Orb::String const& mapName, U32 seqno,

@@ -23,7 +23,9 @@ class Config : public Orb::Entity {
   Orb::Ptr<Map> routeMap(Orb::Name const& name) const;
   /// The map `name`, made (and notified) when absent.
   Orb::Ptr<Map> routeMapIs(Orb::Name const& name);
-  void routeMapDel(Orb::Name const& name);
+  /// The name is taken by value: a caller may pass the key stored in the
+  /// collection, which goes before the notification.
+  void routeMapDel(Orb::Name name);
 
   RouteMapOpModeType routeMapOpMode() const noexcept { return mode_; }
   void routeMapOpModeIs(RouteMapOpModeType mode);
@@ -48,7 +50,7 @@ class PeerFilterConfig : public Orb::Entity {
   Orb::OrderedMap<Orb::Name, Orb::Ptr<Map>> const& peerFilter() const noexcept { return filters_; }
   Orb::Ptr<Map> peerFilter(Orb::Name const& name) const;
   Orb::Ptr<Map> peerFilterIs(Orb::Name const& name);
-  void peerFilterDel(Orb::Name const& name);
+  void peerFilterDel(Orb::Name name);
 
  private:
   explicit PeerFilterConfig(Orb::Name name) : Entity(std::move(name)) {}

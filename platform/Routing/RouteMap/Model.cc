@@ -227,9 +227,20 @@ void Map::versionIs(Orb::U32 v) {
 // ---- Config, PeerFilterConfig
 
 namespace {
-Orb::Ptr<Map> lookup(Orb::OrderedMap<Orb::Name, Orb::Ptr<Map>> const& maps, Orb::Name const& n) {
-  auto const* p = maps.get(n);
+using Maps = Orb::OrderedMap<Orb::Name, Orb::Ptr<Map>>;
+
+Orb::Ptr<Map> lookup(Maps const& maps, Orb::Name const& name) {
+  auto const* p = maps.get(name);
   return p ? *p : nullptr;
+}
+
+// Removes `name` and cuts the map loose from its parent; false when absent.
+bool takeOut(Maps& maps, Orb::Name const& name) {
+  auto* p = maps.get(name);
+  if (!p) return false;
+  (*p)->parentIs(nullptr);
+  maps.erase(name);
+  return true;
 }
 }  // namespace
 
@@ -238,20 +249,14 @@ Orb::Ptr<Map> Config::routeMap(Orb::Name const& name) const {
 }
 
 Orb::Ptr<Map> Config::routeMapIs(Orb::Name const& name) {
-  if (auto* p = maps_.get(name)) return *p;
-  Orb::Ptr<Map> m(new Map(name, this));
-  maps_.set(name, m);
+  if (auto m = lookup(maps_, name)) return m;
+  Orb::Ptr<Map> m = maps_.set(name, Orb::Ptr<Map>(new Map(name, this)));
   notify(routeMap_, Orb::Key(name));
   return m;
 }
 
-void Config::routeMapDel(Orb::Name const& name) {
-  auto* p = maps_.get(name);
-  if (!p) return;
-  Orb::Ptr<Map> gone = *p;
-  maps_.erase(name);
-  gone->parentIs(nullptr);
-  notify(routeMap_, Orb::Key(name));
+void Config::routeMapDel(Orb::Name name) {
+  if (takeOut(maps_, name)) notify(routeMap_, Orb::Key(name));
 }
 
 void Config::routeMapOpModeIs(RouteMapOpModeType mode) {
@@ -265,20 +270,14 @@ Orb::Ptr<Map> PeerFilterConfig::peerFilter(Orb::Name const& name) const {
 }
 
 Orb::Ptr<Map> PeerFilterConfig::peerFilterIs(Orb::Name const& name) {
-  if (auto* p = filters_.get(name)) return *p;
-  Orb::Ptr<Map> m(new Map(name, this));
-  filters_.set(name, m);
+  if (auto m = lookup(filters_, name)) return m;
+  Orb::Ptr<Map> m = filters_.set(name, Orb::Ptr<Map>(new Map(name, this)));
   notify(peerFilter_, Orb::Key(name));
   return m;
 }
 
-void PeerFilterConfig::peerFilterDel(Orb::Name const& name) {
-  auto* p = filters_.get(name);
-  if (!p) return;
-  Orb::Ptr<Map> gone = *p;
-  filters_.erase(name);
-  gone->parentIs(nullptr);
-  notify(peerFilter_, Orb::Key(name));
+void PeerFilterConfig::peerFilterDel(Orb::Name name) {
+  if (takeOut(filters_, name)) notify(peerFilter_, Orb::Key(name));
 }
 
 }  // namespace Routing::RouteMap
