@@ -25,7 +25,8 @@ struct PathElement {
 /// one element at a time.
 class CogTagArray : public Orb::Object {
  public:
-  CogTagArray() = default;
+  // Room for the deepest path the library builds: one allocation per path.
+  CogTagArray() { elements_.reserve(8); }
   void doPushPath(Orb::U32 id);
   void doPushString(Orb::U32 tag, Orb::String s);
   void doPushU32(Orb::U32 tag, Orb::U32 v);

@@ -30,7 +30,8 @@ struct TaggedValue {
 /// operation and mean something only within it.
 class CogValueTagArray : public Orb::Object {
  public:
-  CogValueTagArray() = default;
+  // Most commands carry at most four values: one allocation per command.
+  CogValueTagArray() { values_.reserve(4); }
   void doPushU32(Orb::U32 tag, Orb::U32 v);
   void doPushU8(Orb::U32 tag, Orb::U8 v);
   void doPushFlag(Orb::U32 tag, bool b);
