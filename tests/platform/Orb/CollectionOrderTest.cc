@@ -3,9 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <numeric>
 #include <random>
-#include <string>
-#include <utility>
 #include <vector>
 
 #include "Orb/HashMap.h"
@@ -26,31 +25,20 @@ auto keysOf(Map const& m) {
 // The documented order, built from the hash values rather than from the map.
 template <class K, class H = Hasher<K>>
 std::vector<K> hashOrder(std::vector<K> keys) {
-  std::sort(keys.begin(), keys.end(), [](K const& a, K const& b) {
-    HashValue ha = H{}(a);
-    HashValue hb = H{}(b);
-    return ha != hb ? ha < hb : a < b;
-  });
+  std::sort(keys.begin(), keys.end(),
+            [](K const& a, K const& b) { return H{}(a) != H{}(b) ? H{}(a) < H{}(b) : a < b; });
   return keys;
 }
 
 std::vector<U32> numbers(U32 count) {
-  std::vector<U32> out;
-  for (U32 i = 0; i < count; ++i)
-    out.push_back(i);
+  std::vector<U32> out(count);
+  std::iota(out.begin(), out.end(), 0u);
   return out;
 }
 
-std::vector<Name> names(int count) {
-  std::vector<Name> out;
-  for (int i = 0; i < count; ++i)
-    out.emplace_back("R" + std::to_string(i));
-  return out;
-}
-
-template <class K>
-HashMap<K, int> mapOf(std::vector<K> const& keys) {
-  HashMap<K, int> m;
+template <class K, class H = Hasher<K>>
+HashMap<K, int, H> mapOf(std::vector<K> const& keys) {
+  HashMap<K, int, H> m;
   for (K const& k : keys)
     m.insert(k, 0);
   return m;
@@ -59,70 +47,25 @@ HashMap<K, int> mapOf(std::vector<K> const& keys) {
 TEST(HashGolden, ValuesAreFixedAcrossReleases) {
   EXPECT_EQ(hashBytes(""), 0xcbf29ce484222325ULL);
   EXPECT_EQ(hashBytes("R"), 0xaf640f4c86024335ULL);
+  // High bytes count as unsigned whatever the signedness of char.
+  EXPECT_EQ(hashBytes("\xff"), 0xaf64724c8602eb6eULL);
   EXPECT_EQ(hashOf(10u), 0x483d7d79ddc76878ULL);
   EXPECT_EQ(hashOf(10u, 7), 0x9f0a64e2cd8539b9ULL);
   EXPECT_EQ(hashOf("R"), 0x2ca4a2e115040f88ULL);
   EXPECT_EQ(hashFinish(hashMix(hashMix(hashMix(0, 1), 2), 3)), 0xbc3a7e674fd6f817ULL);
-}
-
-TEST(HashGolden, CollectionsHashNumbersAndNamesWithSeedZero) {
-  EXPECT_EQ(Hasher<U32>{}(10u), hashOf(10u));
   EXPECT_EQ(Hasher<Name>{}(Name("R")), hashOf("R"));
   EXPECT_EQ(Hasher<String>{}(String("R")), hashOf("R"));
 }
 
-TEST(HashGolden, HashBytesTreatsHighBytesAsUnsigned) {
-  // FNV-1a of the single byte 0xff, as the platform-independent value.
-  HashValue expected = (0xcbf29ce484222325ULL ^ 0xffULL) * 0x100000001b3ULL;
-  EXPECT_EQ(hashBytes("\xff"), expected);
-}
-
 TEST(HashMapOrder, TenToHundredWalkInAFixedOrderThatIsNeitherInsertionNorSorted) {
   std::vector<U32> inserted{10, 20, 30, 40, 50, 60, 70, 80, 90, 100};
-  auto walked = keysOf(mapOf(inserted));
-  EXPECT_EQ(walked, (std::vector<U32>{10, 40, 30, 80, 60, 100, 50, 90, 70, 20}));
-  EXPECT_EQ(walked, hashOrder(inserted));
-  EXPECT_NE(walked, inserted);
+  EXPECT_EQ(keysOf(mapOf(inserted)), (std::vector<U32>{10, 40, 30, 80, 60, 100, 50, 90, 70, 20}));
 }
 
-TEST(HashMapOrder, IterationOrderIgnoresInsertionOrder) {
-  auto ascending = numbers(1000);
-  auto descending = ascending;
-  std::reverse(descending.begin(), descending.end());
-  auto shuffled = ascending;
-  std::shuffle(shuffled.begin(), shuffled.end(), std::mt19937(42));
-  auto expected = hashOrder(ascending);
-  EXPECT_EQ(keysOf(mapOf(ascending)), expected);
-  EXPECT_EQ(keysOf(mapOf(descending)), expected);
-  EXPECT_EQ(keysOf(mapOf(shuffled)), expected);
-}
-
-TEST(HashMapOrder, NameKeysWalkInHashOrder) {
-  auto keys = names(300);
-  auto expected = hashOrder(keys);
-  std::reverse(keys.begin(), keys.end());
-  EXPECT_EQ(keysOf(mapOf(keys)), expected);
-}
-
-TEST(HashMapOrder, EqualHashesWalkInKeyOrder) {
-  // Four keys share every hash value.
-  struct Coarse {
-    HashValue operator()(U32 k) const noexcept { return hashOf(k / 4); }
-  };
-  HashMap<U32, int, Coarse> m;
-  auto keys = numbers(64);
-  for (auto it = keys.rbegin(); it != keys.rend(); ++it)
-    m.insert(*it, 0);
-  EXPECT_EQ(keysOf(m), (hashOrder<U32, Coarse>(keys)));
-  for (U32 k : keys)
-    EXPECT_TRUE(m.contains(k)) << k;
-}
-
-TEST(HashMapOrder, OrderSurvivesGrowthAndShrinking) {
+TEST(HashMapOrder, OrderIgnoresInsertionOrderGrowthAndShrinking) {
   auto keys = numbers(10000);
   std::shuffle(keys.begin(), keys.end(), std::mt19937(7));
   auto m = mapOf(keys);
-  ASSERT_EQ(m.size(), 10000u);
   EXPECT_EQ(keysOf(m), hashOrder(keys));
 
   std::vector<U32> kept;
@@ -130,38 +73,28 @@ TEST(HashMapOrder, OrderSurvivesGrowthAndShrinking) {
     if (k % 271 == 0) {
       kept.push_back(k);
     } else {
-      EXPECT_TRUE(m.erase(k));
+      EXPECT_TRUE(m.erase(k)) << k;
     }
   }
   EXPECT_EQ(m.size(), kept.size());
   EXPECT_EQ(keysOf(m), hashOrder(kept));
-  EXPECT_TRUE(m.contains(0));
-  EXPECT_FALSE(m.contains(1));
   EXPECT_FALSE(m.erase(1));
-
-  // Growing again after the shrink lands every key in its place.
-  for (U32 k = 20000; k < 20500; ++k) {
-    m.insert(k, 0);
-    kept.push_back(k);
-  }
-  EXPECT_EQ(keysOf(m), hashOrder(kept));
 }
 
-TEST(HashMapAccess, InsertKeepsTheFirstValueAndSetOverwrites) {
-  HashMap<Name, int> m;
-  auto [it, added] = m.insert(Name("a"), 1);
-  EXPECT_TRUE(added);
-  EXPECT_EQ(it->second, 1);
-  auto [again, addedAgain] = m.insert(Name("a"), 2);
-  EXPECT_FALSE(addedAgain);
-  EXPECT_EQ(again->second, 1);
-  EXPECT_EQ(m.set(Name("a"), 3), 3);
-  EXPECT_EQ(m.set(Name("b"), 4), 4);
-  ASSERT_NE(m.get(Name("a")), nullptr);
-  EXPECT_EQ(*m.get(Name("a")), 3);
-  EXPECT_EQ(m.get(Name("c")), nullptr);
-  EXPECT_EQ(m.find(Name("c")), m.end());
-  EXPECT_EQ(m.size(), 2u);
+TEST(HashMapOrder, EqualHashesWalkInKeyOrderAndStayDistinct) {
+  // Four keys share every hash value.
+  struct Coarse {
+    HashValue operator()(U32 k) const noexcept { return hashOf(k / 4); }
+  };
+  auto keys = numbers(64);
+  auto m = mapOf<U32, Coarse>(std::vector<U32>(keys.rbegin(), keys.rend()));
+  EXPECT_EQ(keysOf(m), (hashOrder<U32, Coarse>(keys)));
+
+  EXPECT_FALSE(m.insert(5u, 1).second);
+  EXPECT_TRUE(m.erase(7u));
+  EXPECT_EQ(*m.get(5u), 0);
+  for (U32 k : keys)
+    EXPECT_EQ(m.contains(k), k != 7) << k;
 }
 
 TEST(HashMapErase, EraseByIteratorWhileWalkingVisitsEveryElementOnce) {
@@ -181,48 +114,12 @@ TEST(HashMapErase, EraseByIteratorWhileWalkingVisitsEveryElementOnce) {
   EXPECT_EQ(visited, hashOrder(keys));
   EXPECT_EQ(keysOf(m), hashOrder(odd));
   EXPECT_EQ(m.size(), odd.size());
-  for (U32 k : keys)
-    EXPECT_EQ(m.contains(k), k % 2 == 1) << k;
-}
 
-TEST(HashMapErase, EmptiedMapIsReusable) {
-  auto m = mapOf(numbers(40));
-  for (auto it = m.begin(); it != m.end();)
-    it = m.erase(it);
-  EXPECT_TRUE(m.empty());
-  EXPECT_EQ(m.begin(), m.end());
-  m.insert(3u, 0);
-  m.insert(1u, 0);
-  EXPECT_EQ(keysOf(m), hashOrder<U32>({1, 3}));
+  // A cleared map has no table at all and must still take erases and inserts.
   m.clear();
   EXPECT_FALSE(m.erase(1));
   m.insert(5u, 0);
   EXPECT_EQ(keysOf(m), std::vector<U32>{5});
-}
-
-TEST(HashMapCopy, CopyKeepsContentAndOrderAndIsIndependent) {
-  HashMap<Name, int> original;
-  for (int i = 0; i < 200; ++i)
-    original.insert(Name("k" + std::to_string(i)), i);
-  HashMap<Name, int> copy = original;
-  std::vector<std::pair<Name, int>> a(original.begin(), original.end());
-  std::vector<std::pair<Name, int>> b(copy.begin(), copy.end());
-  EXPECT_EQ(a, b);
-
-  copy.set(Name("k1"), -1);
-  copy.erase(Name("k2"));
-  EXPECT_EQ(*original.get(Name("k1")), 1);
-  EXPECT_TRUE(original.contains(Name("k2")));
-
-  HashMap<Name, int> assigned;
-  assigned.insert(Name("gone"), 0);
-  assigned = original;
-  std::vector<std::pair<Name, int>> c(assigned.begin(), assigned.end());
-  EXPECT_EQ(c, a);
-
-  HashMap<Name, int> moved = std::move(assigned);
-  std::vector<std::pair<Name, int>> d(moved.begin(), moved.end());
-  EXPECT_EQ(d, a);
 }
 
 TEST(OrderedMapOrder, WalksInByteWiseKeyOrder) {
@@ -230,18 +127,6 @@ TEST(OrderedMapOrder, WalksInByteWiseKeyOrder) {
   for (char const* k : {"b", "a", "B", "\xff", "ab", ""})
     m.insert(Name(k), 0);
   EXPECT_EQ(keysOf(m), (std::vector<Name>{"", "B", "a", "ab", "b", "\xff"}));
-  auto lb = m.lowerBound(Name("aa"));
-  ASSERT_NE(lb, m.end());
-  EXPECT_EQ(lb->first, Name("ab"));
-}
-
-TEST(OrderedMapOrder, NumbersWalkAscendingWhateverTheInsertionOrder) {
-  auto keys = numbers(300);
-  std::shuffle(keys.begin(), keys.end(), std::mt19937(3));
-  OrderedMap<U32, int> m;
-  for (U32 k : keys)
-    m.insert(k, 0);
-  EXPECT_EQ(keysOf(m), numbers(300));
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 // expected, enumeration names and the type registry.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <array>
 #include <string>
 
@@ -25,13 +24,8 @@ std::string rangeError(F f) {
 }
 
 TEST(Quote, EscapesBackslashQuoteAndNonPrintableBytesInLowerCaseHex) {
-  EXPECT_EQ(quote(""), R"("")");
-  EXPECT_EQ(quote("plain text ~"), R"("plain text ~")");
-  EXPECT_EQ(quote("a\\b\"c"), R"("a\\b\"c")");
-  EXPECT_EQ(quote(std::string("\x01\n\x1f", 3)), R"("\x01\x0a\x1f")");
-  EXPECT_EQ(quote("\x7f\xab\xff"), R"("\x7f\xab\xff")");
-  EXPECT_EQ(quote(std::string("a\0b", 3)), R"("a\x00b")");
-  EXPECT_EQ(valueToStrep(String("x\"")), R"("x\"")");
+  EXPECT_EQ(quote(std::string("a\\b\"c ~\0\n\x7f\xff", 11)), R"("a\\b\"c ~\x00\x0a\x7f\xff")");
+  EXPECT_EQ(valueToStrep(String()), R"("")");
 }
 
 TEST(TextReader, QuotedStringsOfEveryByteReadBack) {
@@ -42,179 +36,100 @@ TEST(TextReader, QuotedStringsOfEveryByteReadBack) {
     std::string text = quote(s) + ",";
     TextReader r(text);
     EXPECT_EQ(r.readQuoted().str(), s);
-    r.expect(",");
-    EXPECT_TRUE(r.atEnd());
+    EXPECT_EQ(r.position(), text.size() - 1);
   }
+  EXPECT_EQ(TextReader(R"("\xAB\x0a")").readQuoted().str(), "\xab\n");
 }
 
-TEST(TextReader, ReadsUpperCaseHexEscapesToo) {
-  TextReader r(R"("\xAB\x0a")");
-  EXPECT_EQ(r.readQuoted().str(), "\xab\n");
-}
-
-TEST(TextReader, MalformedQuotedStringsSayWhatWasExpected) {
+TEST(TextReader, MalformedQuotedStringsAreRangeErrors) {
   auto read = [](std::string_view text) {
     return rangeError([&] { TextReader(text).readQuoted(); });
   };
   EXPECT_EQ(read("abc"), "expected a quoted string at offset 0");
-  EXPECT_EQ(read(""), "expected a quoted string at offset 0");
-  EXPECT_EQ(read(R"("abc)"), "expected a closing quote at offset 0");
+  // A trailing backslash used to read past the end of the text.
   EXPECT_EQ(read(R"("abc\)"), "expected a closing quote at offset 0");
-  EXPECT_EQ(read(R"("\x4")"), R"(expected an escape \\, \" or \xHH at offset 1)");
   EXPECT_EQ(read(R"("a\q")"), R"(expected an escape \\, \" or \xHH at offset 2)");
-  EXPECT_EQ(read(R"("\x4)"), R"(expected an escape \\, \" or \xHH at offset 1)");
+  for (char const* bad : {"", R"("abc)", R"("\x4")", R"("\x4)", R"("\xg0")"})
+    EXPECT_NE(read(bad), "") << bad;
 }
 
-TEST(TextReader, ReadsAComposedTextFormPieceByPiece) {
-  TextReader r(R"(name="eth0" mtu=1500 off=-3 ptr=0x1f;)");
-  r.expect("name=");
-  EXPECT_EQ(r.readQuoted(), String("eth0"));
-  EXPECT_FALSE(r.accept(" mtu=x"));
-  EXPECT_TRUE(r.accept(" mtu="));
-  EXPECT_EQ(r.readU32(), 1500u);
-  r.expect(" off=");
+TEST(TextReader, FailedExpectNamesTheLiteralAndConsumesNothing) {
+  TextReader r("a=-3");
+  EXPECT_EQ(rangeError([&] { r.expect("a=x"); }), R"(expected "a=x" at offset 0)");
+  EXPECT_FALSE(r.accept("a=x"));
+  r.expect("a=");
   EXPECT_EQ(r.readInteger(), -3);
-  EXPECT_EQ(r.readUntil("="), " ptr");
-  r.expect("=");
-  EXPECT_EQ(r.readPointer(), 0x1fu);
-  EXPECT_EQ(rangeError([&] { r.expectEnd(); }), "expected the end of the text at offset 36");
-  EXPECT_EQ(r.readUntil(","), ";");
-  EXPECT_TRUE(r.atEnd());
   r.expectEnd();
 }
 
-TEST(TextReader, ExpectNamesTheMissingLiteral) {
-  TextReader r("ab");
-  r.expect("a");
-  EXPECT_EQ(rangeError([&] { r.expect("c"); }), R"(expected "c" at offset 1)");
-  EXPECT_EQ(r.position(), 1u);
-}
-
-TEST(TextReader, U32AcceptsExactlyItsRange) {
+TEST(TextReader, U32AcceptsExactlyItsRangeAndFailsWithoutConsuming) {
   EXPECT_EQ(TextReader("0").readU32(), 0u);
   EXPECT_EQ(TextReader("4294967295").readU32(), 4294967295u);
-  auto readU32 = [](std::string_view text) {
-    return rangeError([&] { TextReader(text).readU32(); });
-  };
-  EXPECT_EQ(readU32("4294967296"), "expected a number from 0 to 4294967295 at offset 0");
-  EXPECT_EQ(readU32("-1"), "expected a number from 0 to 4294967295 at offset 0");
-  EXPECT_EQ(readU32("x"), "expected a decimal number at offset 0");
-  EXPECT_EQ(readU32("-"), "expected a decimal number at offset 0");
-  EXPECT_EQ(readU32("123456789012345678901234567890"),
-            "expected a number of at most 32 bits at offset 0");
-
-  TextReader r("a=4294967296");
-  r.expect("a=");
-  EXPECT_NE(rangeError([&] { r.readU32(); }), "");
-  EXPECT_EQ(r.position(), 2u);
+  EXPECT_EQ(rangeError([] { TextReader("4294967296").readU32(); }),
+            "expected a number from 0 to 4294967295 at offset 0");
+  for (char const* bad : {"4294967296", "-1", "x", "-", "18446744073709551616"}) {
+    std::string text = std::string("a=") + bad;
+    TextReader r(text);
+    r.expect("a=");
+    EXPECT_NE(rangeError([&] { r.readU32(); }), "") << bad;
+    EXPECT_EQ(r.position(), 2u) << bad;
+  }
 }
 
 TEST(TextReader, PointersRoundTripThroughTheirTextForm) {
   int x = 0;
   EXPECT_EQ(pointerToStrep(nullptr), "0x0");
   std::string text = pointerToStrep(&x);
-  EXPECT_EQ(text.rfind("0x", 0), 0u);
-  EXPECT_EQ(text.find_first_of("ABCDEF"), std::string::npos);
+  EXPECT_EQ(text.find_first_of("ABCDEF"), std::string::npos) << text;
   EXPECT_EQ(TextReader(text).readPointer(), reinterpret_cast<std::uintptr_t>(&x));
-  EXPECT_EQ(TextReader("0x0").readPointer(), 0u);
-
-  auto readPointer = [](std::string_view t) {
-    return rangeError([&] { TextReader(t).readPointer(); });
-  };
-  EXPECT_EQ(readPointer("12"), R"(expected "0x" at offset 0)");
-  EXPECT_EQ(readPointer("0x"), "expected hexadecimal digits at offset 2");
-  EXPECT_NE(readPointer("0x11112222333344445"), "");
+  for (char const* bad : {"12", "0x", "0x11112222333344445"})
+    EXPECT_NE(rangeError([&] { TextReader(bad).readPointer(); }), "") << bad;
 }
 
-TEST(RangeErrorTest, WithinPrefixesTheAttributeName) {
-  RangeError e = RangeError("expected a decimal number at offset 0").within("mtu");
-  EXPECT_STREQ(e.what(), "mtu: expected a decimal number at offset 0");
-  EXPECT_STREQ(e.within("intf").what(), "intf: mtu: expected a decimal number at offset 0");
+TEST(RangeErrorTest, WithinPrefixesTheAttributeNameAtEachLevel) {
+  EXPECT_STREQ(RangeError("bad").within("mtu").within("intf").what(), "intf: mtu: bad");
 }
 
 enum class Color : U32 { kRed = 1, kBlue = 7 };
 constexpr std::array<EnumName<Color>, 2> kColorNames{
     {{Color::kRed, "red"}, {Color::kBlue, "blue"}}};
 
-std::string colorText(Color c) {
-  return enumToStrep<Color>(c, kColorNames);
-}
-Color colorFrom(std::string_view t) {
-  return enumFromStrep<Color>(t, kColorNames, "Color");
-}
-
-TEST(EnumText, NamedValuesUseTheirNamesOthersTheirNumbers) {
-  EXPECT_EQ(colorText(Color::kRed), "red");
-  EXPECT_EQ(colorText(Color::kBlue), "blue");
-  EXPECT_EQ(colorText(static_cast<Color>(4)), "4");
-  EXPECT_EQ(colorText(static_cast<Color>(4294967295u)), "4294967295");
+TEST(EnumText, NamesWhereKnownNumbersOtherwiseAndNothingElse) {
+  auto from = [](std::string_view t) { return enumFromStrep<Color>(t, kColorNames, "Color"); };
+  EXPECT_EQ(enumToStrep<Color>(Color::kBlue, kColorNames), "blue");
+  EXPECT_EQ(enumToStrep<Color>(static_cast<Color>(4294967295u), kColorNames), "4294967295");
+  EXPECT_EQ(from("blue"), Color::kBlue);
+  EXPECT_EQ(from("1"), Color::kRed);
+  EXPECT_EQ(from("4294967295"), static_cast<Color>(4294967295u));
+  EXPECT_EQ(rangeError([&] { from("green"); }), "Color: unknown value 'green'");
+  for (char const* bad : {"Red", "", "-1", "4294967296", "99999999999", "1 "})
+    EXPECT_NE(rangeError([&] { from(bad); }), "") << bad;
 }
 
-TEST(EnumText, ParsesNamesAndNumbersAndRejectsTheRest) {
-  EXPECT_EQ(colorFrom("blue"), Color::kBlue);
-  EXPECT_EQ(colorFrom("1"), Color::kRed);
-  EXPECT_EQ(colorFrom("4"), static_cast<Color>(4));
-  EXPECT_EQ(colorFrom("4294967295"), static_cast<Color>(4294967295u));
-  for (char const* bad : {"green", "Red", "", "-1", "4294967296", "99999999999", "1 "}) {
-    EXPECT_EQ(rangeError([&] { colorFrom(bad); }),
-              std::string("Color: unknown value '") + bad + "'");
-  }
-}
-
-int countedActions = 0;
-TypeRegistration const zetaRegistration{TypeInfo{
-    "OrbTest.Zeta",
-    {{1, "mtu"}, {2, "name"}},
-    {{"count", [](Object&) { ++countedActions; }}},
-}};
-
-class Target : public Object {
- public:
+struct Target : Object {
   int touched = 0;
 };
 
-TEST(TypeRegistryTest, StaticRegistrationIsFoundByName) {
-  auto const* t = TypeRegistry::instance().type("OrbTest.Zeta");
-  ASSERT_NE(t, nullptr);
-  EXPECT_EQ(t->attributes.size(), 2u);
-  EXPECT_EQ(TypeRegistry::instance().type("OrbTest.Missing"), nullptr);
-}
+TypeRegistration const touchRegistration{TypeInfo{
+    "OrbTest.Touch",
+    {{1, "mtu"}},
+    {{"touch", [](Object& o) { ++static_cast<Target&>(o).touched; }}},
+}};
 
-TEST(TypeRegistryTest, TypeNamesAreSortedAndRegisteringAgainReplaces) {
+TEST(TypeRegistryTest, FindsRegisteredTypesTheirAttributeNamesAndActions) {
   auto& registry = TypeRegistry::instance();
+  EXPECT_EQ(registry.attributeName("OrbTest.Touch", 1), "mtu");
+  EXPECT_EQ(registry.attributeName("OrbTest.Touch", 3), "3");
+  EXPECT_EQ(registry.attributeName("OrbTest.Missing", 1), "1");
   registry.typeIs(TypeInfo{"OrbTest.Alpha", {{1, "first"}}, {}});
   registry.typeIs(TypeInfo{"OrbTest.Alpha", {{1, "replaced"}}, {}});
-  auto names = registry.typeNames();
-  EXPECT_TRUE(std::is_sorted(names.begin(), names.end()));
-  std::vector<std::string> ours;
-  std::copy_if(names.begin(), names.end(), std::back_inserter(ours),
-               [](std::string const& n) { return n.rfind("OrbTest.", 0) == 0; });
-  EXPECT_EQ(ours, (std::vector<std::string>{"OrbTest.Alpha", "OrbTest.Zeta"}));
   EXPECT_EQ(registry.attributeName("OrbTest.Alpha", 1), "replaced");
-}
 
-TEST(TypeRegistryTest, AttributeNamesFallBackToTheNumber) {
-  auto& registry = TypeRegistry::instance();
-  EXPECT_EQ(registry.attributeName("OrbTest.Zeta", 2), "name");
-  EXPECT_EQ(registry.attributeName("OrbTest.Zeta", 3), "3");
-  EXPECT_EQ(registry.attributeName("OrbTest.Missing", 1), "1");
-}
-
-TEST(TypeRegistryTest, DoActionRunsTheNamedActionOnTheTarget) {
-  auto& registry = TypeRegistry::instance();
-  registry.typeIs(TypeInfo{
-      "OrbTest.Touch", {}, {{"touch", [](Object& o) { ++static_cast<Target&>(o).touched; }}}});
   Ptr<Target> target = make<Target>();
   EXPECT_TRUE(registry.doAction("OrbTest.Touch", "touch", *target));
-  EXPECT_TRUE(registry.doAction("OrbTest.Touch", "touch", *target));
-  EXPECT_EQ(target->touched, 2);
   EXPECT_FALSE(registry.doAction("OrbTest.Touch", "missing", *target));
   EXPECT_FALSE(registry.doAction("OrbTest.Missing", "touch", *target));
-  EXPECT_EQ(target->touched, 2);
-
-  int const before = countedActions;
-  EXPECT_TRUE(registry.doAction("OrbTest.Zeta", "count", *target));
-  EXPECT_EQ(countedActions, before + 1);
+  EXPECT_EQ(target->touched, 1);
 }
 
 }  // namespace
