@@ -1,12 +1,11 @@
-// Fresh replays of the shadow configuration, content comparison of engine
-// models, and the run loop that checks after every settled statement.
+// Fresh replays of the shadow configuration, the comparison with the engine
+// state built change by change, and the run loop that checks after every
+// settled statement.
 #include "Check.h"
 
 #include <algorithm>
-#include <map>
 #include <set>
 
-#include "Orb/Text.h"
 #include "Orb/Trace.h"
 #include "Rib/CommandText.h"
 
@@ -14,11 +13,15 @@ namespace Scenario {
 
 namespace {
 
-bool staleMapCovers(std::vector<std::string> const& path, bool incremental, World const& world) {
-  if (!incremental || path.size() < 2 || path[0] != "512") return false;
-  return std::any_of(world.staleMaps().begin(), world.staleMaps().end(), [&](Orb::Name const& map) {
-    return path[1] == "576=" + Orb::quote(map.view());
-  });
+using Kind = Rib::PathElement::Kind;
+
+bool staleMapCovers(std::vector<Rib::PathElement> const& path, bool incremental,
+                    World const& world) {
+  // A route map is [512 576="NAME"]; its sequences and clauses lie below.
+  if (!incremental || path.size() < 2) return false;
+  if (path[0].kind != Kind::pathId || path[0].tag != 512) return false;
+  if (path[1].kind != Kind::stringKey || path[1].tag != 576) return false;
+  return world.staleMaps().contains(Orb::Name(path[1].text));
 }
 
 KnownDivergence const kKnown[] = {
@@ -28,101 +31,12 @@ KnownDivergence const kKnown[] = {
      staleMapCovers},
 };
 
-/// One node of a model's state text: its path and the rest of its line.
-struct StateNode {
-  std::vector<std::string> path;
-  std::string values;  // as in a command line, possibly empty
-  std::string writer;  // empty for a bare container
-
-  // State text order is the same for equal trees, so lists of nodes compare
-  // like the models they came from.
-  friend bool operator==(StateNode const&, StateNode const&) = default;
-};
-
-/// Where the element at the start of `text` ends: at the first blank outside
-/// a quoted string.
-std::size_t elementEnd(std::string_view text) {
-  bool quoted = false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (quoted && text[i] == '\\') {
-      ++i;
-    } else if (text[i] == '"') {
-      quoted = !quoted;
-    } else if (!quoted && text[i] == ' ') {
-      return i;
-    }
-  }
-  return text.size();
-}
-
-/// The nodes of `model` in state-text order, read back from its state text
-/// (indentation gives the depth; a written node ends in "(<command>)").
-std::vector<StateNode> nodesOf(Rib::EngineModel const& model) {
-  std::vector<StateNode> nodes;
-  std::vector<std::string> path;
-  std::string const text = model.stateText();
-  std::string_view rest = text;
-  while (!rest.empty()) {
-    std::string_view line = rest.substr(0, rest.find('\n'));
-    rest.remove_prefix(std::min(rest.size(), line.size() + 1));
-    StateNode node;
-    std::string_view body;
-    if (line.starts_with("[]")) {
-      path.clear();
-      body = line.substr(2);
-    } else {
-      std::size_t indent = line.find_first_not_of(' ');
-      std::size_t depth = indent / 2 + 1;
-      line.remove_prefix(indent);
-      std::size_t end = elementEnd(line);
-      path.resize(depth - 1);
-      path.emplace_back(line.substr(0, end));
-      node.path = path;
-      body = line.substr(end);
-    }
-    if (!body.empty()) {
-      body.remove_prefix(1);  // the blank after the element
-      std::size_t open = body.rfind('(');
-      node.writer = std::string(body.substr(open + 1, body.size() - open - 2));
-      node.values = std::string(body.substr(0, open == 0 ? 0 : open - 1));
-    }
-    nodes.push_back(std::move(node));
-  }
-  return nodes;
-}
-
-std::string joinedPath(std::vector<std::string> const& path) {
-  std::string out;
-  for (auto const& e : path)
-    out += (out.empty() ? "" : " ") + e;
-  return out;
-}
-
-/// Drops bare nodes that have no written node below them.
-std::vector<StateNode> pruned(std::vector<StateNode> nodes) {
-  std::set<std::vector<std::string>> needed;
-  for (StateNode const& n : nodes) {
-    if (n.writer.empty()) continue;
-    for (std::size_t depth = 0; depth <= n.path.size(); ++depth)
-      needed.emplace(n.path.begin(), n.path.begin() + static_cast<std::ptrdiff_t>(depth));
-  }
-  std::erase_if(nodes,
-                [&](StateNode const& n) { return n.writer.empty() && !needed.contains(n.path); });
-  return nodes;
-}
-
-/// A model holding exactly the written nodes: each is one command that
-/// writes the node's values, and the containers come by themselves.
-Rib::EngineModel modelOf(std::vector<StateNode> const& nodes) {
-  Rib::EngineModel model;
-  for (StateNode const& n : nodes) {
-    if (n.writer.empty()) continue;
-    std::string line = n.writer + " [" + joinedPath(n.path) + "]";
-    if (!n.values.empty()) line += " " + n.values;
-    model.apply(Rib::parseCommandLine(line));
-  }
-  model.commit(Rib::CommitKind::transaction);
-  return model;
+Rib::RecordedCommand deleteOf(std::vector<Rib::PathElement> const& path) {
+  Rib::RecordedCommand command;
+  command.name = "discount";
+  command.path = path;
+  command.isDelete = true;
+  return command;
 }
 
 /// Mutes tracing for its lifetime.
@@ -163,10 +77,6 @@ Rib::EngineModel freshReplay(Inputs const& inputs, L3::VrfName const& vrf) {
   return model;
 }
 
-Rib::EngineModel contentOf(Rib::EngineModel const& model) {
-  return modelOf(pruned(nodesOf(model)));
-}
-
 CheckResult check(World const& world) {
   CheckResult result;
   if (!world.model().pendingCommands().empty()) {
@@ -176,40 +86,34 @@ CheckResult check(World const& world) {
       result.report += "  " + Rib::commandLine(command) + "\n";
     return result;
   }
-  auto incremental = pruned(nodesOf(world.model()));
-  auto fresh = pruned(nodesOf(freshReplay(world.shadow(), world.vrf())));
+  Rib::EngineModel incremental = world.model();
+  Rib::EngineModel fresh = freshReplay(world.shadow(), world.vrf());
   if (incremental == fresh) return result;
-  std::string const difference = Rib::diff(modelOf(incremental), modelOf(fresh));
+  std::string const difference = Rib::diff(incremental, fresh);
 
-  // What is left once the known divergences have taken their nodes, bare
-  // containers pruned again.
-  auto lines = [](std::vector<StateNode> const& nodes) {
-    std::map<std::vector<std::string>, std::pair<std::string, std::string>> out;
-    for (auto const& n : nodes)
-      out.emplace(n.path, std::pair(n.values, n.writer));
-    return out;
-  };
-  auto const incrementalLines = lines(incremental);
-  auto const freshLines = lines(fresh);
+  // A known divergence takes a node it covers out of that side with what is
+  // below it, as deleting it from the engine would; the containers left
+  // empty go with it. Whatever differs after that is no divergence it knows.
   std::set<KnownDivergence const*> used;
-  auto discount = [&](std::vector<StateNode>& nodes, auto const& other, bool isIncremental) {
-    std::erase_if(nodes, [&](StateNode const& n) {
-      auto it = other.find(n.path);
-      if (it != other.end() && it->second == std::pair(n.values, n.writer)) return false;
-      for (KnownDivergence const& k : kKnown) {
-        if (k.covers(n.path, isIncremental, world)) {
-          used.insert(&k);
-          return true;
-        }
+  auto discount = [&](Rib::EngineModel& side, std::vector<Rib::PathElement> const& path,
+                      bool isIncremental) {
+    for (KnownDivergence const& k : kKnown) {
+      if (k.covers(path, isIncremental, world)) {
+        used.insert(&k);
+        side.apply(deleteOf(path));
+        return;
       }
-      return false;
-    });
+    }
   };
-  discount(incremental, freshLines, true);
-  discount(fresh, incrementalLines, false);
+  for (Rib::NodeChange const& change : Rib::changedNodes(incremental, fresh)) {
+    if (change.inA) discount(incremental, change.path, true);
+    if (change.inB) discount(fresh, change.path, false);
+  }
+  incremental.commit(Rib::CommitKind::transaction);
+  fresh.commit(Rib::CommitKind::transaction);
   result.known.assign(used.begin(), used.end());
   std::sort(result.known.begin(), result.known.end());
-  if (pruned(incremental) == pruned(fresh)) return result;
+  if (incremental == fresh) return result;
 
   result.diverges = true;
   result.report =

@@ -21,9 +21,9 @@ struct KnownDivergence {
   std::string_view name;
   std::string_view reason;
   /// Whether a node that only one side holds, or holds differently, is part
-  /// of this divergence. `path` is the node's elements as the state text
-  /// spells them ("512", "576=\"R\""); `incremental` tells the side.
-  bool (*covers)(std::vector<std::string> const& path, bool incremental, World const& world);
+  /// of this divergence, and with it everything below it on that side.
+  /// `incremental` tells the side.
+  bool (*covers)(std::vector<Rib::PathElement> const& path, bool incremental, World const& world);
 };
 
 /// The divergences the check knows; a later behaviour that differs on
@@ -34,11 +34,6 @@ std::span<KnownDivergence const> knownDivergences();
 /// The root is current only meanwhile; the previous one is current again
 /// afterwards, and neither the live engine sink nor the trace sees it.
 Rib::EngineModel freshReplay(Inputs const& inputs, L3::VrfName const& vrf);
-
-/// `model` without its empty containers: a node with no values and nothing
-/// below it is what a removal leaves of the nodes it ran through, not
-/// configuration, and a fresh replay never makes one.
-Rib::EngineModel contentOf(Rib::EngineModel const& model);
 
 struct CheckResult {
   /// A difference that no known divergence accounts for.
@@ -51,7 +46,8 @@ struct CheckResult {
 };
 
 /// Compares the world's engine model with a fresh replay of its shadow
-/// configuration. Meaningful when the world is settled.
+/// configuration, as engine models compare: by the values they hold, not by
+/// which commands wrote them. Meaningful when the world is settled.
 CheckResult check(World const& world);
 
 /// The first statement after which the check failed.

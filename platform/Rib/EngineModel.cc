@@ -2,6 +2,7 @@
 #include "Rib/EngineModel.h"
 
 #include <algorithm>
+#include <iterator>
 #include <ostream>
 #include <tuple>
 
@@ -102,6 +103,7 @@ void EngineModel::run(RecordedCommand const& command) {
     while (last != nodes_.end() && isWithin(path, last->first))
       ++last;
     nodes_.erase(first, last);
+    forgetEmptyAncestors(path);
     return;
   }
   // Writing a node brings every node above it into being, bare: the engine
@@ -119,7 +121,22 @@ void EngineModel::run(RecordedCommand const& command) {
       node.values.insert_or_assign(v.tag, v.data);
     }
   }
+  node.written = true;
   node.writer = command.name;
+}
+
+void EngineModel::forgetEmptyAncestors(std::vector<PathElement> const& path) {
+  // Only a delete empties a node, and only the nodes on its path can have
+  // lost their last child. A node only created as an ancestor has no values,
+  // so nothing below it means nothing in it. The walk stops at the first node
+  // that stays: everything above it still holds it.
+  for (std::size_t depth = path.size(); depth-- > 1;) {
+    auto it = nodes_.find(std::vector<PathElement>(path.begin(), path.begin() + depth));
+    if (it == nodes_.end() || it->second.written) return;
+    auto next = std::next(it);
+    if (next != nodes_.end() && isWithin(it->first, next->first)) return;
+    nodes_.erase(it);
+  }
 }
 
 std::size_t EngineModel::nodes() const noexcept {
@@ -144,7 +161,7 @@ std::string EngineModel::lineOf(std::vector<PathElement> const& path, Node const
     line += ' ';
     line += valueText(TaggedValue{tag, data});
   }
-  if (!node.writer.empty()) {
+  if (node.written) {
     line += " (";
     line += node.writer.str();
     line += ')';
@@ -161,6 +178,30 @@ std::string EngineModel::stateText() const {
   return out;
 }
 
+template <typename Visit>
+void EngineModel::walk(EngineModel const& a, EngineModel const& b, Visit visit) {
+  PathLess const less;
+  auto ia = a.nodes_.begin();
+  auto ib = b.nodes_.begin();
+  while (ia != a.nodes_.end() || ib != b.nodes_.end()) {
+    bool const takeA =
+        ib == b.nodes_.end() || (ia != a.nodes_.end() && !less(ib->first, ia->first));
+    bool const takeB =
+        ia == a.nodes_.end() || (ib != b.nodes_.end() && !less(ia->first, ib->first));
+    visit((takeA ? ia : ib)->first, takeA ? &ia->second : nullptr, takeB ? &ib->second : nullptr);
+    if (takeA) ++ia;
+    if (takeB) ++ib;
+  }
+}
+
+std::vector<NodeChange> changedNodes(EngineModel const& a, EngineModel const& b) {
+  std::vector<NodeChange> out;
+  EngineModel::walk(a, b, [&](auto const& path, auto const* na, auto const* nb) {
+    if (!na || !nb || *na != *nb) out.push_back({path, na != nullptr, nb != nullptr});
+  });
+  return out;
+}
+
 std::string diff(EngineModel const& a, EngineModel const& b) {
   // Both trees are walked together in their common order, so every line
   // appears where it stands in its state text. Unchanged nodes are held back
@@ -172,11 +213,11 @@ std::string diff(EngineModel const& a, EngineModel const& b) {
   };
   std::vector<Above> above;
   std::string out;
-  auto visit = [&](std::size_t depth, std::string const* removed, std::string const* added) {
-    while (!above.empty() && above.back().depth >= depth)
+  EngineModel::walk(a, b, [&](auto const& path, auto const* na, auto const* nb) {
+    while (!above.empty() && above.back().depth >= path.size())
       above.pop_back();
-    if (removed && added && *removed == *added) {
-      above.push_back({depth, *removed, false});
+    if (na && nb && *na == *nb) {
+      above.push_back({path.size(), EngineModel::lineOf(path, *na), false});
       return;
     }
     for (Above& node : above) {
@@ -184,25 +225,10 @@ std::string diff(EngineModel const& a, EngineModel const& b) {
       out += "  " + node.line + '\n';
       node.shown = true;
     }
-    if (removed) out += "- " + *removed + '\n';
-    if (added) out += "+ " + *added + '\n';
-    above.push_back({depth, {}, true});
-  };
-
-  EngineModel::PathLess const less;
-  auto ia = a.nodes_.begin();
-  auto ib = b.nodes_.begin();
-  while (ia != a.nodes_.end() || ib != b.nodes_.end()) {
-    bool const takeA =
-        ib == b.nodes_.end() || (ia != a.nodes_.end() && !less(ib->first, ia->first));
-    bool const takeB =
-        ia == a.nodes_.end() || (ib != b.nodes_.end() && !less(ia->first, ib->first));
-    std::string const lineA = takeA ? EngineModel::lineOf(ia->first, ia->second) : std::string();
-    std::string const lineB = takeB ? EngineModel::lineOf(ib->first, ib->second) : std::string();
-    visit((takeA ? ia : ib)->first.size(), takeA ? &lineA : nullptr, takeB ? &lineB : nullptr);
-    if (takeA) ++ia;
-    if (takeB) ++ib;
-  }
+    if (na) out += "- " + EngineModel::lineOf(path, *na) + '\n';
+    if (nb) out += "+ " + EngineModel::lineOf(path, *nb) + '\n';
+    above.push_back({path.size(), {}, true});
+  });
   return out;
 }
 

@@ -31,11 +31,19 @@ inline constexpr std::array<std::string_view, 7> replacingCommands = {
 /// replacingCommands).
 bool replacesValues(std::string_view commandName) noexcept;
 
+struct NodeChange;
+
 /// The engine's configuration tree as the committed commands left it.
 ///
 /// Every path element is one step down the tree: [512 576="R" 577 578=10]
 /// names the node `578=10` under `577` under `576="R"` under `512`. The empty
 /// path names the root, which holds everything.
+///
+/// Writing a node creates the nodes above it that are not there yet, bare.
+/// Such a node, never written by a command itself, lasts only while it holds
+/// something: once the last node below it is deleted, it goes too, and so on
+/// up the path, as the engine forgets a container it only made implicitly. A
+/// node a command wrote stays until it is deleted, values or not.
 ///
 /// Commands are kept pending when executed and take effect, in execution
 /// order, at the next commit of either kind, as in the engine's transaction.
@@ -63,12 +71,17 @@ class EngineModel final : public EngineSink {
   /// The element and values are spelled as in the command line, values in tag
   /// order; <command> is the last command that wrote the node, absent on
   /// nodes only created as ancestors. Siblings follow elementLess. The root
-  /// shows as a first line `[]` only when a command wrote it. Equal models
-  /// print the same text.
+  /// shows as a first line `[]` only when a command wrote it. Models that
+  /// print the same text are equal; equal models may still name different
+  /// commands.
   std::string stateText() const;
 
-  /// Equal committed trees, including which command last wrote each node;
-  /// pending commands and commit counts do not count.
+  /// Equal committed trees: the same nodes, each with the same values and
+  /// either written by a command in both or only created as an ancestor in
+  /// both. Which command wrote a node last does not count: two engines that
+  /// hold the same values are the same engine however the values got there,
+  /// and the replay check compares engines built by different command
+  /// sequences. Pending commands and commit counts do not count either.
   friend bool operator==(EngineModel const& a, EngineModel const& b) {
     return a.nodes_ == b.nodes_;
   }
@@ -85,9 +98,12 @@ class EngineModel final : public EngineSink {
   };
   struct Node {
     std::map<Orb::U32, ValueData> values;
-    Orb::String writer;  // the last command that wrote the node
+    bool written = false;  // by a command, not only created as an ancestor
+    Orb::String writer;    // the last command that wrote it; shown, not compared
 
-    friend bool operator==(Node const&, Node const&) = default;
+    friend bool operator==(Node const& a, Node const& b) {
+      return a.values == b.values && a.written == b.written;
+    }
   };
   // Keyed by the full path: ordering paths element by element with parents
   // before their descendants lays the map out as a depth-first walk of the
@@ -95,19 +111,37 @@ class EngineModel final : public EngineSink {
   using Nodes = std::map<std::vector<PathElement>, Node, PathLess>;
 
   void run(RecordedCommand const& command);
+  void forgetEmptyAncestors(std::vector<PathElement> const& path);
   static std::string lineOf(std::vector<PathElement> const& path, Node const& node);
+  // Visits the nodes of both trees in their common order with the node each
+  // holds at that path, null where it holds none.
+  template <typename Visit>
+  static void walk(EngineModel const& a, EngineModel const& b, Visit visit);
 
   Nodes nodes_;
   std::vector<RecordedCommand> pending_;
   std::size_t commits_ = 0;
 
   friend std::string diff(EngineModel const& a, EngineModel const& b);
+  friend std::vector<NodeChange> changedNodes(EngineModel const& a, EngineModel const& b);
 };
 
-/// The committed trees of `a` and `b` compared line by line: lines of `a`'s
-/// state text missing from `b` as "- <line>", lines of `b` missing from `a` as
-/// "+ <line>", with the unchanged lines of the nodes above them as
-/// "  <line>" for context. Empty when the models are equal.
+/// A node that makes two models unequal: one holds it and the other does not,
+/// or both do and their nodes are not equal.
+struct NodeChange {
+  std::vector<PathElement> path;
+  bool inA = false;
+  bool inB = false;
+};
+
+/// The nodes that make `a` and `b` unequal, in state-text order. Empty when
+/// the models are equal.
+std::vector<NodeChange> changedNodes(EngineModel const& a, EngineModel const& b);
+
+/// The committed trees of `a` and `b` compared node by node: `a`'s line of a
+/// changed node as "- <line>", `b`'s as "+ <line>", with `a`'s lines of the
+/// unchanged nodes above them as "  <line>" for context. Empty when the
+/// models are equal, even if their state texts name different commands.
 std::string diff(EngineModel const& a, EngineModel const& b);
 
 /// Writes the state text, so test failures show models as trees.
