@@ -6,6 +6,7 @@
 // seed, so a longer search is `REPLAY_STEPS=100000 test_tools_random`.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <optional>
@@ -25,10 +26,26 @@ using Plant = std::function<bool(Rib::RecordedCommand const&)>;
 
 constexpr std::size_t kStepsPerSeed = 150;
 
-unsigned envNumber(char const* name, unsigned fallback) {
-  char const* text = std::getenv(name);
-  return text && *text ? static_cast<unsigned>(std::strtoul(text, nullptr, 10)) : fallback;
-}
+// "{a|b}" stands for one of the alternatives, "{lo..hi}" for a number; groups
+// nest.
+constexpr char const* kClauses[] = {
+    "match {ip address prefix-list {P1|P2}|interface Ethernet{1..2}}{| invert}",
+    "match {ipv6 address prefix-list P6|ip next-hop 10.0.0.{1..2}|community C1{| exact}}",
+    "match {protocol {1..9}|route-type {1..5}|metric-type type-{1..2}}",
+    "match {as-range 100 {100..300}|option {100|105} int {0..3}}",
+    "no match {ip address prefix-list|protocol|route-type|interface|option 100}",
+    "set metric {-5..100}{| med-type {0|3|5|8}}",
+    "set {metric-type type-{1..2}|origin {igp|egp|incomplete}|isis-level {1..3}}",
+    "set {next-hop 10.1.0.|ipv6 next-hop 2001:db8::}{1..3}",
+    "set {next-hop|ipv6 next-hop} {peer-address|unchanged}",
+    "set as-path {prepend 65001 65002|prepend last-as 2|replace 65003}",
+    "set value {{3|19|26|35} {-3..50}|{2|25|33} {0..50}}",
+    "set link-bandwidth {aggregate|divide-equal|none|1.5}",
+    "set {community add 1:1|community delete 1:2|extcommunity rt 1:1|large-community 1:2:3}",
+    "no set {metric|origin|next-hop|ipv6 next-hop|as-path prepend|value 3|link-bandwidth|"
+    "community|next-hop unchanged}",
+    "{sub-route-map {A|B|C}|no sub-route-map}",
+};
 
 class Generator {
  public:
@@ -36,18 +53,18 @@ class Generator {
 
   Step next() {
     // An input given back soon, as the machinery is frozen while it is away.
-    if (away_ && below(3) == 0) return {"input " + *std::exchange(away_, std::nullopt) + " on"};
+    if (!away_.empty() && below(3) == 0) return {"input " + std::exchange(away_, "") + " on"};
     int const r = below(100);
     if (r < 35 || maps_.empty()) {
-      std::string map = pick({"A", "B", "C"});
+      std::string const map = fill("{A|B|C}");
       maps_.insert(map);
       changed_.insert(map);
-      Step step{"route-map " + map + (below(4) ? " permit " : " deny ") + seqno()};
+      Step step{fill("route-map " + map + " {permit|permit|permit|deny} {10|20|30}")};
       for (int n = below(3); n > 0; --n)
-        step.push_back("  " + clause());
+        step.push_back("  " + fill(kClauses[below(std::size(kClauses))]));
       return step;
     }
-    std::string map = existingMap();
+    std::string map = *std::next(maps_.begin(), below(maps_.size()));
     if (r < 68) {
       // Mostly a map that waits for its version, so the sequence settles
       // often and the check gets to compare.
@@ -55,95 +72,51 @@ class Generator {
       changed_.erase(map);
       return {"version " + map};
     }
-    if (r < 80) return {"no route-map " + map + " " + seqno()};
+    if (r < 80) return {fill("no route-map " + map + " {10|20|30}")};
     if (r < 85) {
       maps_.erase(map);
       changed_.erase(map);
       return {"no route-map " + map};
     }
-    if (r < 95 || away_) return {std::string("route-map-mode ") + pick({"default", "alternate"})};
-    away_ = pick({"route-map-config", "peer-filter-config", "acl-list-config", "acl-config",
-                  "dynamic-prefix-list-config", "policy-map"});
-    return {"input " + *away_ + " off"};
+    if (r < 95 || !away_.empty()) return {fill("route-map-mode {default|alternate}")};
+    away_ = fill(
+        "{route-map-config|peer-filter-config|acl-list-config|acl-config|"
+        "dynamic-prefix-list-config|policy-map}");
+    return {"input " + away_ + " off"};
   }
 
  private:
-  int below(int n) { return std::uniform_int_distribution<int>(0, n - 1)(rng_); }
-  std::string number(int lo, int hi) { return std::to_string(lo + below(hi - lo + 1)); }
-  std::string pick(std::initializer_list<char const*> words) {
-    return *(words.begin() + below(static_cast<int>(words.size())));
-  }
-  std::string seqno() { return pick({"10", "20", "30"}); }
-  std::string existingMap() {
-    auto it = maps_.begin();
-    std::advance(it, below(static_cast<int>(maps_.size())));
-    return *it;
+  int below(std::size_t n) {
+    return std::uniform_int_distribution<int>(0, static_cast<int>(n) - 1)(rng_);
   }
 
-  std::string clause() {
-    switch (below(24)) {
-      case 0:
-        return "match ip address prefix-list " + pick({"P1", "P2"}) + pick({"", " invert"});
-      case 1:
-        return "match ipv6 address prefix-list P6";
-      case 2:
-        return "match protocol " + number(1, 9);
-      case 3:
-        return "match route-type " + number(1, 5);
-      case 4:
-        return "match metric-type type-" + number(1, 2);
-      case 5:
-        return "match interface Ethernet" + number(1, 2) + pick({"", " invert"});
-      case 6:
-        return "match ip next-hop 10.0.0." + number(1, 2);
-      case 7:
-        return "match as-range 100 " + number(100, 300);
-      case 8:
-        return "match option " + pick({"100", "105"}) + " int " + number(0, 3);
-      case 9:
-        return "match community C1" + pick({"", " exact"});
-      case 10:
-        return "no match " + pick({"ip address prefix-list", "protocol", "route-type", "interface",
-                                   "option 100"});
-      case 11:
-        return "set metric " + number(-5, 100) +
-               pick({"", " med-type 0", " med-type 3", " med-type 5", " med-type 8"});
-      case 12:
-        return "set metric-type type-" + number(1, 2);
-      case 13:
-        return "set origin " + pick({"igp", "egp", "incomplete"});
-      case 14:
-        return "set isis-level " + number(1, 3);
-      case 15:
-        return pick({"set next-hop 10.1.0.", "set ipv6 next-hop 2001:db8::"}) + number(1, 3);
-      case 16:
-        return pick({"set next-hop peer-address", "set ipv6 next-hop peer-address",
-                     "set next-hop unchanged", "set ipv6 next-hop unchanged"});
-      case 17:
-        return pick({"set as-path prepend 65001 65002", "set as-path prepend last-as 2",
-                     "set as-path replace 65003"});
-      case 18:
-        return "set value " + pick({"3", "19", "26", "35"}) + " " + number(-3, 50);
-      case 19:
-        return "set value " + pick({"2", "25", "33"}) + " " + number(0, 50);
-      case 20:
-        return "set link-bandwidth " + pick({"aggregate", "divide-equal", "none", "1.5"});
-      case 21:
-        return pick({"set community add 1:1", "set community delete 1:2", "set extcommunity rt 1:1",
-                     "set large-community 1:2:3"});
-      case 22:
-        return "no set " + pick({"metric", "origin", "next-hop", "ipv6 next-hop", "as-path prepend",
-                                 "value 3", "link-bandwidth", "community", "next-hop unchanged"});
-      default:
-        return below(3) ? "sub-route-map " + pick({"A", "B", "C"}) : "no sub-route-map";
+  // Innermost groups first, so an outer group chooses among filled-in text.
+  std::string fill(std::string text) {
+    for (std::size_t close; (close = text.find('}')) != std::string::npos;) {
+      std::size_t const open = text.rfind('{', close);
+      text.replace(open, close - open + 1, choose(text.substr(open + 1, close - open - 1)));
     }
+    return text;
+  }
+
+  std::string choose(std::string_view group) {
+    if (std::size_t const dots = group.find(".."); dots != std::string_view::npos) {
+      int const lo = std::stoi(std::string(group.substr(0, dots)));
+      int const hi = std::stoi(std::string(group.substr(dots + 2)));
+      return std::to_string(lo + below(static_cast<std::size_t>(hi - lo + 1)));
+    }
+    std::vector<std::string_view> options;
+    for (std::size_t bar; (bar = group.find('|')) != std::string_view::npos;
+         group.remove_prefix(bar + 1))
+      options.push_back(group.substr(0, bar));
+    options.push_back(group);
+    return std::string(options[below(options.size())]);
   }
 
   std::mt19937 rng_;
   std::set<std::string> maps_;
-  /// Maps changed since their last version.
-  std::set<std::string> changed_;
-  std::optional<std::string> away_;
+  std::set<std::string> changed_;  // since their last version
+  std::string away_;
 };
 
 std::string textOf(Steps const& steps) {
@@ -157,78 +130,63 @@ std::string textOf(Steps const& steps) {
 
 struct Outcome {
   bool fails = false;
-  bool refused = false;
-  /// The step after which the check failed.
-  std::size_t failingStep = 0;
-  std::string report;
+  std::string report;  // the divergence, or the refusal when it does not fail
 };
 
 /// Runs the steps with the check on a new world whose model sees only what
 /// `plant` lets through.
 Outcome runSteps(Steps const& steps, Plant const& plant) {
-  Outcome outcome;
   try {
     auto scenario = Scenario::parse(textOf(steps), "random.scenario");
     Scenario::World world({});
     world.modelFilterIs(plant);
-    auto result = Scenario::run(scenario, world, true);
-    if (!result.divergence) return outcome;
-    outcome.fails = true;
-    outcome.report = "line " + std::to_string(result.divergence->line) + ": " +
-                     result.divergence->statement + "\n" + result.divergence->report;
-    for (std::size_t line = 0; outcome.failingStep < steps.size(); ++outcome.failingStep) {
-      line += steps[outcome.failingStep].size();
-      if (line >= static_cast<std::size_t>(result.divergence->line)) break;
-    }
+    auto const d = Scenario::run(scenario, world, true).divergence;
+    if (!d) return {};
+    return {true, "line " + std::to_string(d->line) + ": " + d->statement + "\n" + d->report};
   } catch (Scenario::ScenarioError const& e) {
-    outcome.refused = true;
-    outcome.report = e.what();
+    return {false, e.what()};
   }
-  return outcome;
 }
 
-/// The shortest failing sequence found by dropping ever smaller runs of
-/// steps, then single clauses, while it still fails. Candidates that no
-/// longer parse or run (a version of a map whose creation was dropped) do not
-/// count as failing.
+/// A shorter failing sequence: ever smaller runs of steps are dropped, down to
+/// single steps until none can go, then single clauses, while it still fails.
+/// Candidates that no longer run (a version of a map whose creation was
+/// dropped) do not count as failing.
 Steps shrink(Steps steps, Plant const& plant) {
-  auto fails = [&](Steps const& candidate) { return runSteps(candidate, plant).fails; };
-  steps.resize(runSteps(steps, plant).failingStep + 1);
-  for (std::size_t chunk = std::max<std::size_t>(1, steps.size() / 2);; chunk /= 2) {
-    bool removed = true;
-    while (removed) {
-      removed = false;
-      for (std::size_t i = 0; i < steps.size();) {
-        Steps candidate = steps;
-        candidate.erase(
-            candidate.begin() + static_cast<std::ptrdiff_t>(i),
-            candidate.begin() + static_cast<std::ptrdiff_t>(std::min(i + chunk, steps.size())));
-        if (!candidate.empty() && fails(candidate)) {
-          steps = std::move(candidate);
-          removed = true;
-        } else {
-          i += chunk;
-        }
+  auto keepIfFails = [&](Steps&& candidate) {
+    bool const fails = !candidate.empty() && runSteps(candidate, plant).fails;
+    if (fails) steps = std::move(candidate);
+    return fails;
+  };
+  for (std::size_t chunk = std::max<std::size_t>(1, steps.size() / 2);; chunk = (chunk + 1) / 2) {
+    bool dropped = false;
+    for (std::size_t i = 0; i < steps.size();) {
+      Steps candidate = steps;
+      auto const first = candidate.begin() + static_cast<std::ptrdiff_t>(i);
+      candidate.erase(first,
+                      first + static_cast<std::ptrdiff_t>(std::min(chunk, steps.size() - i)));
+      if (keepIfFails(std::move(candidate))) {
+        dropped = true;
+      } else {
+        i += chunk;
       }
-      if (chunk > 1) break;
     }
-    if (chunk == 1) break;
+    if (chunk == 1 && !dropped) break;
   }
   for (std::size_t s = 0; s < steps.size(); ++s) {
     for (std::size_t line = steps[s].size(); line-- > 1;) {
       Steps candidate = steps;
       candidate[s].erase(candidate[s].begin() + static_cast<std::ptrdiff_t>(line));
-      if (fails(candidate)) steps = std::move(candidate);
+      keepIfFails(std::move(candidate));
     }
   }
   return steps;
 }
 
 struct Failure {
-  unsigned seed = 0;
-  std::size_t generated = 0;
+  unsigned seed;
   Steps shrunk;
-  std::string report;
+  std::string text;  // the shrunk steps as a scenario
 };
 
 /// Searches `total` random steps from `firstSeed` on; the first failure,
@@ -241,24 +199,19 @@ std::optional<Failure> search(unsigned firstSeed, std::size_t total, Plant const
     Steps steps;
     for (std::size_t i = 0; i < count; ++i)
       steps.push_back(generator.next());
-    Outcome outcome = runSteps(steps, plant);
-    if (outcome.refused) {
-      ADD_FAILURE() << "seed " << seed << ": the generator wrote a statement the replay "
-                    << "refuses:\n"
+    Outcome const outcome = runSteps(steps, plant);
+    if (!outcome.fails && !outcome.report.empty()) {
+      ADD_FAILURE() << "seed " << seed << ": the generator wrote a statement the replay refuses:\n"
                     << outcome.report;
       return std::nullopt;
     }
     if (!outcome.fails) continue;
-    Failure failure{seed, steps.size(), shrink(steps, plant), {}};
-    failure.report = runSteps(failure.shrunk, plant).report;
-    return failure;
+    Steps shrunk = shrink(steps, plant);
+    std::string text = "# Shrunk from " + std::to_string(count) + " random steps of seed " +
+                       std::to_string(seed) + ".\n" + textOf(shrunk);
+    return Failure{seed, std::move(shrunk), std::move(text)};
   }
   return std::nullopt;
-}
-
-std::string scenarioText(Failure const& f) {
-  return "# Shrunk from " + std::to_string(f.generated) + " random steps of seed " +
-         std::to_string(f.seed) + ".\n" + textOf(f.shrunk);
 }
 
 class RandomReplayTest : public ::testing::Test {
@@ -271,16 +224,18 @@ class RandomReplayTest : public ::testing::Test {
 };
 
 TEST_F(RandomReplayTest, RandomChangeSequencesMatchAFreshReplayWheneverSettled) {
-  unsigned const seed = envNumber("REPLAY_SEED", 1);
-  std::size_t const total = envNumber("REPLAY_STEPS", 3000);
-  auto failure = search(seed, total, nullptr);
+  auto env = [](char const* name, unsigned fallback) {
+    char const* text = std::getenv(name);
+    return text && *text ? static_cast<unsigned>(std::strtoul(text, nullptr, 10)) : fallback;
+  };
+  auto const failure = search(env("REPLAY_SEED", 1), env("REPLAY_STEPS", 3000), nullptr);
   if (!failure) return;
   std::string const file = "random-replay-" + std::to_string(failure->seed) + ".scenario";
-  std::ofstream(file) << scenarioText(*failure);
+  std::ofstream(file) << failure->text;
   ADD_FAILURE() << "the check failed; shrunk to " << failure->shrunk.size() << " steps, written to "
                 << file << " (reproduce with: policy-replay --check " << file << "):\n"
-                << scenarioText(*failure) << "\n"
-                << failure->report;
+                << failure->text << "\n"
+                << runSteps(failure->shrunk, nullptr).report;
 }
 
 TEST_F(RandomReplayTest, PlantedFaultShrinksToASequenceWhoseEveryStepMatters) {
@@ -289,25 +244,25 @@ TEST_F(RandomReplayTest, PlantedFaultShrinksToASequenceWhoseEveryStepMatters) {
   Plant lostMetric = [](Rib::RecordedCommand const& c) {
     return !(c.name == "setIntValue" && !c.values.empty() && c.values.front().tag == 1);
   };
-  auto failure = search(1, 20 * kStepsPerSeed, lostMetric);
+  auto const failure = search(1, 20 * kStepsPerSeed, lostMetric);
   ASSERT_TRUE(failure) << "no random sequence set a metric and resent it";
-  std::string const text = scenarioText(*failure);
-  ASSERT_LE(2u, failure->shrunk.size()) << text;
-  EXPECT_EQ((Step{failure->shrunk[0][0], failure->shrunk[0][1]}), failure->shrunk[0])
-      << "the map's line and its metric, nothing else:\n"
-      << text;
-  EXPECT_EQ(0u, failure->shrunk[0][1].rfind("  set metric ", 0)) << text;
-  for (std::size_t i = 0; i < failure->shrunk.size(); ++i) {
-    Steps without = failure->shrunk;
+  Steps const& shrunk = failure->shrunk;
+  ASSERT_LE(2u, shrunk.size()) << failure->text;
+  ASSERT_EQ(2u, shrunk[0].size()) << "the map's line and its metric, nothing else:\n"
+                                  << failure->text;
+  EXPECT_EQ(0u, shrunk[0][1].rfind("  set metric ", 0)) << failure->text;
+  for (std::size_t i = 0; i < shrunk.size(); ++i) {
+    Steps without = shrunk;
     without.erase(without.begin() + static_cast<std::ptrdiff_t>(i));
     EXPECT_FALSE(runSteps(without, lostMetric).fails) << "step " << i << " is not needed:\n"
-                                                      << text;
+                                                      << failure->text;
   }
   // The printed scenario reads back and fails the same way.
   Steps reread;
-  for (auto const& s : Scenario::parse(text, "shrunk.scenario").statements)
+  for (auto const& s : Scenario::parse(failure->text, "shrunk.scenario").statements)
     reread.push_back({s.text});
-  EXPECT_TRUE(runSteps(reread, lostMetric).fails) << text;
+  EXPECT_EQ(runSteps(reread, lostMetric).report, runSteps(shrunk, lostMetric).report)
+      << failure->text;
 }
 
 }  // namespace
