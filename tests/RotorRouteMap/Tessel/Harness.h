@@ -1,50 +1,63 @@
 // Test harness for the library: a recording engine, captured trace lines, a
-// root with all six inputs, and a check that every object made is gone again.
+// translator, a root with all six inputs, a check that every object made is
+// gone again, and builders for the command lines the tests expect.
 #pragma once
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "Orb/Trace.h"
 #include "Rib/RecordingSink.h"
+#include "Tessel/Cog.h"
 #include "Tessel/Root.h"
 #include "Tessel/VrfStatusSm.h"
 
 namespace TesselTest {
 
-/// Keeps every trace line as "<level> <text>".
+/// Keeps every trace line as "\n<level> <text>", so "\n0 " finds the errors.
 class TraceCapture final : public Orb::TraceSink {
  public:
-  void traceLine(int level, std::string_view, int, std::string_view text) override {
-    lines.push_back(std::to_string(level) + " " + std::string(text));
+  void traceLine(int level, std::string_view, int, std::string_view line) override {
+    text += "\n" + std::to_string(level) + " " + std::string(line);
   }
-  bool contains(std::string const& needle) const {
-    for (auto const& l : lines) {
-      if (l.find(needle) != std::string::npos) return true;
-    }
-    return false;
-  }
-  std::vector<std::string> lines;
+  std::string text;
 };
 
-/// The engine sink and trace sink installed for each test; at the end the root
-/// is released and the number of live objects must be back where it started.
+/// The notifications of one entity: their attributes and their keys as text.
+class Notifications final : public Orb::Notifiee {
+ public:
+  explicit Notifications(Orb::Ptr<Orb::Entity const> entity) : Notifiee(std::move(entity)) {
+    hasNotificationActiveIs(true);
+  }
+  void onAttribute(Orb::AttributeId attribute, Orb::Key const& key) override {
+    attributes.push_back(attribute);
+    std::ostringstream text;
+    text << key;
+    keys.push_back(text.str());
+  }
+  std::vector<Orb::AttributeId> attributes;
+  std::vector<std::string> keys;
+};
+
+/// The engine sink and trace sink installed for each test. The fixture's
+/// destructor runs after every derived fixture's members are gone: it drops
+/// the current root, and the number of live objects must be back where it
+/// started.
 class EngineTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    previousTrace_ = Orb::traceSinkIs(&trace);
-    previousSink_ = Rib::engineSinkIs(&engine);
-  }
-  void TearDown() override {
-    releaseAll();
+  EngineTest()
+      : previousTrace_(Orb::traceSinkIs(&trace)), previousSink_(Rib::engineSinkIs(&engine)) {}
+  ~EngineTest() override {
+    Tessel::rmRoot = nullptr;
     Rib::engineSinkIs(previousSink_);
     Orb::traceSinkIs(previousTrace_);
     EXPECT_EQ(liveBefore_, Orb::Object::liveObjects()) << "objects leaked by the test";
   }
-  /// Drops everything the test made; subclasses add their own references.
-  virtual void releaseAll() { Tessel::rmRoot = nullptr; }
 
   /// The commands sent since the last call, in canonical text.
   std::string sent() {
@@ -57,30 +70,21 @@ class EngineTest : public ::testing::Test {
   TraceCapture trace;
 
  private:
-  // Counted before the fixture's own members are made.
   long liveBefore_ = Orb::Object::liveObjects();
-  Orb::TraceSink* previousTrace_ = nullptr;
-  Rib::EngineSink* previousSink_ = nullptr;
+  Orb::TraceSink* previousTrace_;
+  Rib::EngineSink* previousSink_;
+};
+
+/// A translator for VRF "default", with no root.
+class CogTest : public EngineTest {
+ protected:
+  Orb::Ptr<Tessel::Cog> cog = Tessel::cogFactory("default");
 };
 
 /// A root for VRF "default" and the six configuration inputs, not yet given.
 class RootTest : public EngineTest {
  protected:
-  void SetUp() override {
-    EngineTest::SetUp();
-    root = Tessel::rootFactory("root");
-    root->vrfNameIs("default");
-  }
-  void releaseAll() override {
-    root = nullptr;
-    routeMapConfig = nullptr;
-    peerFilterConfig = nullptr;
-    aclListConfig = nullptr;
-    aclConfig = nullptr;
-    dynPfxListConfig = nullptr;
-    policyMap = nullptr;
-    EngineTest::releaseAll();
-  }
+  RootTest() { root->vrfNameIs("default"); }
   void giveAllInputs() {
     root->routeMapConfigIs(routeMapConfig);
     root->peerFilterConfigIs(peerFilterConfig);
@@ -90,7 +94,7 @@ class RootTest : public EngineTest {
     root->policyMapIs(policyMap);
   }
 
-  Orb::Ptr<Tessel::Root> root;
+  Orb::Ptr<Tessel::Root> root = Tessel::rootFactory("root");
   Orb::Ptr<Routing::RouteMap::Config> routeMapConfig = Routing::RouteMap::Config::create("rm");
   Orb::Ptr<Routing::RouteMap::PeerFilterConfig> peerFilterConfig =
       Routing::RouteMap::PeerFilterConfig::create("pf");
@@ -100,5 +104,45 @@ class RootTest : public EngineTest {
       Routing::DynamicPrefixList::Config::create("dynpfx");
   Orb::Ptr<RoutingPolicyMap::PolicyMap> policyMap = RoutingPolicyMap::PolicyMap::create("pmap");
 };
+
+/// The path of a sequence, without brackets.
+inline std::string seqPath(std::string const& map = "R", Orb::U32 seqno = 10) {
+  return "512 576=\"" + map + "\" 577 578=" + std::to_string(seqno);
+}
+
+/// One command line below sequence R 10; `below` continues the path.
+inline std::string cmd(std::string const& op, std::string const& below, std::string const& values) {
+  return op + " [" + seqPath() + (below.empty() ? "" : " " + below) + "]" +
+         (values.empty() ? "" : " " + values) + "\n";
+}
+
+/// One command line on the set node of sequence R 10.
+inline std::string setCmd(std::string const& op, std::string const& values) {
+  return cmd(op, "601", values);
+}
+
+/// What a sequence without clauses sends: its map, itself and the
+/// link-bandwidth reset.
+inline std::string seqLines(std::string const& map, Orb::U32 seqno, bool permit = true) {
+  std::string const seq = seqPath(map, seqno);
+  return "routeMap [512 576=\"" + map + "\"] 0:str=\"" + map + "\"\n" + "routeMapSeq [" + seq +
+         "] 0:u32=" + std::to_string(seqno) + " 1:flag=" + (permit ? "true" : "false") + "\n" +
+         "ExtCommSetLinkBwOpts [" + seq + " 601] 29:reset\n";
+}
+
+/// Runs `body` with every trace line on standard error, so a death test can
+/// expect the error line that comes before an assertion. Meant to be the
+/// statement of EXPECT_DEATH, so the sink never outlives the dying child.
+template <class F>
+void withTraceOnStderr(F&& body) {
+  struct : Orb::TraceSink {
+    void traceLine(int level, std::string_view, int, std::string_view text) override {
+      std::fprintf(stderr, "%d %.*s\n", level, static_cast<int>(text.size()), text.data());
+    }
+  } sink;
+  Orb::TraceSink* previous = Orb::traceSinkIs(&sink);
+  body();
+  Orb::traceSinkIs(previous);
+}
 
 }  // namespace TesselTest

@@ -8,12 +8,11 @@
 
 namespace {
 
-using Kiwi::DefaultIntfNameMap;
 using Kiwi::intfNameMapIs;
 using Kiwi::platIntfToKernelIntf;
 
-TEST(DefaultIntfNameMap, AbbreviatesTypeWordsAndReplacesSlashes) {
-  DefaultIntfNameMap const map;
+TEST(DefaultIntfNameMap, AbbreviatesOrLowerCasesTheLeadingWordAndReplacesSlashes) {
+  Kiwi::DefaultIntfNameMap const map;
   EXPECT_EQ(map.kernelName("Ethernet1/2"), "eth1_2");
   EXPECT_EQ(map.kernelName("Vlan10"), "vlan10");
   EXPECT_EQ(map.kernelName("Loopback0"), "lo0");
@@ -21,13 +20,11 @@ TEST(DefaultIntfNameMap, AbbreviatesTypeWordsAndReplacesSlashes) {
   EXPECT_EQ(map.kernelName("Management1"), "mgmt1");
   EXPECT_EQ(map.kernelName("Tunnel7"), "tun7");
   EXPECT_EQ(map.kernelName("Ethernet"), "eth");
-}
-
-TEST(DefaultIntfNameMap, LowerCasesOnlyTheLeadingWord) {
-  DefaultIntfNameMap const map;
+  // Only the leading word is lower-cased.
   EXPECT_EQ(map.kernelName("Recirc3/1Ab"), "recirc3_1Ab");
   // A word that merely starts like a known one is not abbreviated.
   EXPECT_EQ(map.kernelName("EthernetX1"), "ethernetx1");
+  // A hyphen that ends the word belongs to the rest.
   EXPECT_EQ(map.kernelName("Vlan-10"), "vlan-10");
   EXPECT_EQ(map.kernelName("1/2"), "1_2");
   EXPECT_EQ(map.kernelName(""), "");
@@ -42,12 +39,10 @@ class Prefixed final : public Kiwi::IntfNameMap {
 
 TEST(IntfNameMapSeam, InstalledMappingIsUsedUntilTheDefaultIsRestored) {
   EXPECT_EQ(platIntfToKernelIntf("Ethernet3"), "eth3");
-
   Prefixed const host;
   Kiwi::IntfNameMap const* const original = intfNameMapIs(&host);
   ASSERT_NE(original, nullptr);
   EXPECT_EQ(platIntfToKernelIntf("Ethernet3"), "host-Ethernet3");
-
   EXPECT_EQ(intfNameMapIs(nullptr), &host);
   EXPECT_EQ(platIntfToKernelIntf("Ethernet3"), "eth3");
   // Restoring hands back the default itself, so it can be reinstalled later.

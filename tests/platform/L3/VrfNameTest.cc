@@ -1,4 +1,4 @@
-// VRF names: the length limit and the exact error reported past it.
+// VRF names: the length limit and the error reported past it.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -11,7 +11,6 @@ namespace {
 TEST(VrfName, AcceptsUpToMaxLengthBytesAndRejectsOneMore) {
   std::string const longest(L3::VrfName::maxLength, 'v');
   EXPECT_EQ(L3::VrfName(Orb::String(longest)).value().size(), 100u);
-
   try {
     L3::VrfName(Orb::String(longest + "v"));
     FAIL() << "a 101-byte name was accepted";
