@@ -1,5 +1,6 @@
 // The route-map reactor's flows: what reaches the engine, and when, as maps,
 // sequences, versions and the set-operation mode change.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "Harness.h"
@@ -106,6 +107,16 @@ TEST_F(RouteMapReactorTest, SwitchedOffReactorHearsNothingUntilSwitchedOn) {
   root->vrfStatusSm()->hasNotificationActiveIs(true);
   map->versionInc();
   EXPECT_EQ(resend(), sent());
+}
+
+TEST_F(RouteMapReactorTest, TearDownRetiresEverySequenceReactorOnce) {
+  sentMap("R", {10, 20});
+  trace.text.clear();
+  root->policyMapIs(nullptr);
+  std::string const retired = "8 void Tessel::OrbSeqMapEntry::handleDel() rmName: R seqNo: ";
+  EXPECT_THAT(trace.text, ::testing::HasSubstr(retired + "10"));
+  EXPECT_THAT(trace.text, ::testing::HasSubstr(retired + "20"));
+  EXPECT_EQ(trace.text.find(retired + "10"), trace.text.rfind(retired + "10")) << trace.text;
 }
 
 }  // namespace
