@@ -33,7 +33,7 @@ KnownDivergence const kKnown[] = {
 
 Rib::RecordedCommand deleteOf(std::vector<Rib::PathElement> const& path) {
   Rib::RecordedCommand command;
-  command.name = "discount";
+  command.name = "knownDivergence";  // never sent: only removes the covered subtree
   command.path = path;
   command.isDelete = true;
   return command;
