@@ -1,5 +1,5 @@
 // Storage and notification of the route-map model entities.
-#include <cstring>
+#include <bit>
 #include <ostream>
 
 #include "Orb/EnumText.h"
@@ -185,8 +185,9 @@ void MapEntry::extCommLbwFlagIs(Acl::ExtCommLinkBandwidthSetFlag v) {
   fieldIs(f_.lbwFlag, v);
 }
 void MapEntry::extCommLbwValueIs(float v) {
-  // Compare the stored bits: a float field is changed when its bits change.
-  if (std::memcmp(&f_.lbwValue, &v, sizeof v) == 0) return;
+  // Compare the bits: 0.0 and -0.0 are different settings, and a NaN set
+  // twice is no change.
+  if (std::bit_cast<Orb::U32>(f_.lbwValue) == std::bit_cast<Orb::U32>(v)) return;
   f_.lbwValue = v;
   notify(setField_);
 }
