@@ -10,9 +10,14 @@
 #include "Orb/Reactor.h"
 #include "Tessel/Root.h"
 
+namespace RibDynamicPrefixList {
+class DynPfxConfigSm;
+}
+
 namespace Tessel {
 
 class RouteMapConfigSm;
+class PeerFilterConfigSm;
 
 class VrfStatusSm : public Orb::Reactor {
  public:
@@ -40,6 +45,15 @@ class VrfStatusSm : public Orb::Reactor {
   /// same arguments) and switches its notifications on.
   void routeMapConfigSmIs(Root::RouteMapConfigPtr const& config, L3::VrfName const& vrfName,
                           Root::PolicyMapPtr const& policyMap);
+
+  PeerFilterConfigSm* peerFilterConfigSm() const noexcept;
+  /// As routeMapConfigSmIs, for the peer-filter reactor.
+  void peerFilterConfigSmIs(Root::PeerFilterConfigPtr const& config, L3::VrfName const& vrfName);
+
+  RibDynamicPrefixList::DynPfxConfigSm* dynPfxConfigSm() const noexcept;
+  /// As routeMapConfigSmIs, for the dynamic prefix-list reactor (no VRF).
+  void dynPfxConfigSmIs(Root::DynPfxListConfigPtr const& config,
+                        Root::PolicyMapPtr const& policyMap);
 
   /// Takes the reactor out of its slot with its notifications off; it goes
   /// when the caller drops it.
