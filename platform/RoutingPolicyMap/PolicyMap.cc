@@ -2,6 +2,7 @@
 #include "RoutingPolicyMap/PolicyMap.h"
 
 #include <ostream>
+#include <sstream>
 
 #include "Orb/EnumText.h"
 
@@ -100,6 +101,21 @@ Orb::Ptr<PolicyRequester> PolicyMap::redistributedDynPfxIs(Orb::Name const& name
 }
 void PolicyMap::redistributedDynPfxDel(Orb::Name name) {
   del(policyTypeRedistributedDynPfx, name);
+}
+
+std::string stateText(PolicyMap const& policyMap) {
+  std::ostringstream out;
+  auto collection = [&](PolicyType type, PolicyMap::Requesters const& coll) {
+    for (auto const& [name, requester] : coll) {
+      if (requester->reason().empty()) out << type << " \"" << name << "\"\n";
+      for (auto const& kv : requester->reason())
+        out << type << " \"" << name << "\" " << kv.first << "\n";
+    }
+  };
+  collection(policyTypeRouteMap, policyMap.routeMap());
+  collection(policyTypeDynamicPrefixList, policyMap.dynamicPrefixList());
+  collection(policyTypeRedistributedDynPfx, policyMap.redistributedDynPfx());
+  return out.str();
 }
 
 }  // namespace RoutingPolicyMap

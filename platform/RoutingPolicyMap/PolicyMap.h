@@ -3,6 +3,8 @@
 // dynamic prefix lists, each keyed by policy name.
 #pragma once
 
+#include <string>
+
 #include "Orb/Entity.h"
 #include "Orb/OrderedMap.h"
 #include "RoutingPolicyMap/PolicyRequester.h"
@@ -51,5 +53,10 @@ class PolicyMap : public Orb::Entity {
 
   Requesters coll_[3];
 };
+
+/// Every entry as lines `<type> "<name>" <reason>` (one per reason; an entry
+/// without reasons gets one line without), collections in type order, names
+/// and reasons in their order. Empty for an empty map.
+std::string stateText(PolicyMap const& policyMap);
 
 }  // namespace RoutingPolicyMap
