@@ -138,5 +138,8 @@ struct Context {
 
 // Each configuration kind's top-level statements, listed in Scenario.cc.
 Rows routeMapStatements();
+Rows peerFilterStatements();
+Rows policyMapStatements();
+Rows dynamicPrefixListStatements();
 
 }  // namespace Scenario

@@ -8,6 +8,8 @@ namespace Scenario {
 
 World::World(Options options)
     : options_(std::move(options)), previousSink_(Rib::engineSinkIs(&sink_)) {
+  policyWatch_ = std::make_unique<PolicyMapWatch>(live_.policyMap,
+                                                  [this] { return recording_.records().size(); });
   root_ = Tessel::rootFactory("root");
   root_->vrfNameIs(options_.vrf);
   for (std::size_t i = 0; i < inputCount; ++i)
