@@ -85,6 +85,8 @@ void Root::policyMapIs(PolicyMapPtr const& p) {
 
 void Root::commListUsersIs(Orb::Name const& name) {
   if (commListUsersValue_ && commListUsersValue_->name() == name) return;
+  // The old index may outlive this root; it must not point back at it.
+  if (commListUsersValue_) commListUsersValue_->parentIs(nullptr);
   commListUsersValue_ = CommListUsers::create(name);
   commListUsersValue_->parentIs(this);
   handleStatusSmCtorArg();
