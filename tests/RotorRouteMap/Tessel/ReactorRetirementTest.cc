@@ -132,4 +132,19 @@ TEST_F(ReactorRetirementTest, ReplacedStatusMachineIsRetiredWhileStillHeld) {
   EXPECT_EQ(retired(10), 1u) << trace.text;
 }
 
+TEST_F(ReactorRetirementTest, MapReactorReplacedUnderTheSameNameIsRetiredWhileStillHeld) {
+  Tessel::RouteMapConfigSm* sm = root->vrfStatusSm()->routeMapConfigSm();
+  Orb::Ptr<Tessel::OrbRouteMap> old = sm->orbRouteMap("R");
+  auto otherConfig = Routing::RouteMap::Config::create("other");
+  sm->routeMapIs(otherConfig->routeMapIs("R"));
+  ASSERT_NE(sm->orbRouteMap("R"), old.get());
+  EXPECT_TRUE(old->isZombie());
+  EXPECT_FALSE(old->hasNotificationActive());
+  EXPECT_EQ(retired(10), 1u) << trace.text;
+  EXPECT_EQ(retired(20), 1u) << trace.text;
+  sent();
+  map->versionInc();
+  EXPECT_EQ(resends(), 0u) << "the old map's reactor is deaf";
+}
+
 }  // namespace
