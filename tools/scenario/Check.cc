@@ -27,6 +27,19 @@ bool staleMapCovers(std::vector<Rib::PathElement> const& path, bool incremental,
   return world.removedWhileAway(ObjectKind::routeMap).contains(Orb::Name(path[1].text));
 }
 
+bool staleFilterCovers(std::vector<Rib::PathElement> const& path, bool incremental,
+                       World const& world) {
+  // A peer filter is the route map [512 576=".PEER_FILTER.NAME"].
+  std::string_view const prefix = ".PEER_FILTER.";
+  if (!incremental || path.size() < 2) return false;
+  if (path[0].kind != Kind::pathId || path[0].tag != 512) return false;
+  if (path[1].kind != Kind::stringKey || path[1].tag != 576) return false;
+  std::string_view const name = path[1].text.view();
+  return name.starts_with(prefix) &&
+         world.removedWhileAway(ObjectKind::peerFilter)
+             .contains(Orb::Name(std::string(name.substr(prefix.size()))));
+}
+
 // Policies kept listed by a loop of references: a route map on a cycle of
 // sub-route-maps, dynamic prefix lists and match maps registers the next
 // one, which in the end registers it again, so unlisting it from outside
@@ -112,6 +125,11 @@ KnownDivergence const kKnown[] = {
      "a route map removed while an input was taken away stays in the engine: the new reactor "
      "only sends the maps that are there",
      staleMapCovers},
+    // Peer filters.
+    {"peer-filter-removed-while-away",
+     "a peer filter removed while an input was taken away stays in the engine: the new reactor "
+     "only sends the filters that are there",
+     staleFilterCovers},
     // Policy-map references and dynamic prefix lists.
     {"references-kept-by-a-loop",
      "route maps and dynamic prefix lists on a loop of references register each other, so the "
