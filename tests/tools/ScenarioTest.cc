@@ -166,6 +166,12 @@ TEST(ScenarioLanguage, RefusesBadLinesSayingWhereAndWhatWasExpected) {
        "t.scenario:2: expected community AA:NN, got '65536:1'"},
       {"route-map R permit 10\n  match community exact\n",
        "t.scenario:2: expected community-list name, got 'exact'"},
+      {"list route-map R\n", "t.scenario:1: expected 'by REQUESTER', got end of line"},
+      {"list acl R by n1\n", "t.scenario:1: expected route-map or dynamic-prefix-list, got 'acl'"},
+      {"dynamic-prefix-list D ipv5 P\n",
+       "t.scenario:1: expected ipv4, ipv6 or match-map, got 'ipv5'"},
+      {"peer-filter F permit 10\nset metric 1\n",
+       "t.scenario:2: expected 'set' indented under its peer-filter line"},
   };
   for (Case const& c : cases)
     EXPECT_EQ(c.message, refusalOf(c.text)) << c.text;

@@ -28,7 +28,10 @@ Collection collectionOf(Words& w) {
 /// The reason another part of the agent lists a policy under: only its key
 /// is the scenario's to choose.
 RoutingPolicyMap::Requester requesterOf(Words& w) {
-  if (!w.accept("by")) w.fail("'by REQUESTER'", w.atEnd() ? "end of line" : w.peek());
+  if (!w.accept("by")) {
+    if (w.atEnd()) throw Refusal("expected 'by REQUESTER', got end of line");
+    w.fail("'by REQUESTER'", w.peek());
+  }
   Orb::String key(w.take("requester"));
   w.expectEnd();
   return {RoutingPolicyMap::pluginTypeNone, RoutingPolicyMap::cliModeNone, "", key};
