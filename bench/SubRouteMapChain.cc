@@ -25,13 +25,20 @@ Orb::Name mapName(Orb::U32 i) {
   return Orb::Name(name);
 }
 
-/// A root for VRF "default" whose route maps R0 .. R(n-1) form a chain.
+/// A root for VRF "default" whose route maps R0 .. R(n-1) form a chain, or,
+/// with `fan`, are all called by R0, one sequence each: the same references
+/// without the depth.
 struct World {
-  explicit World(Orb::U32 maps) {
+  World(Orb::U32 maps, bool fan) {
     root = Tessel::rootFactory("bench");
     root->vrfNameIs("default");
     config = Routing::RouteMap::Config::create("rm");
     for (Orb::U32 i = 0; i < maps; ++i) {
+      if (fan) {
+        config->routeMapIs(mapName(i))->mapEntryIs(10);
+        if (i > 0) config->routeMap(mapName(0))->mapEntryIs(10 * i)->subRouteMapIs(mapName(i));
+        continue;
+      }
       auto e = config->routeMapIs(mapName(i))->mapEntryIs(10);
       if (i + 1 < maps) e->subRouteMapIs(mapName(i + 1));
     }
@@ -52,11 +59,11 @@ struct World {
   Orb::Ptr<RoutingPolicyMap::PolicyMap> policyMap;
 };
 
-void BM_ChainListUnlist(benchmark::State& state) {
+void listUnlist(benchmark::State& state, bool fan) {
   Rib::NullSink sink;
   Rib::ScopedEngineSink installed(sink);
   auto const maps = static_cast<Orb::U32>(state.range(0));
-  World world(maps);
+  World world(maps, fan);
   ChangeCounter counter(world.policyMap);
   RoutingPolicyMap::Requester const agent{RoutingPolicyMap::PluginType(3),
                                           RoutingPolicyMap::CliMode(2), "neighbor", "peer1"};
@@ -75,7 +82,16 @@ void BM_ChainListUnlist(benchmark::State& state) {
   state.counters["commands"] = benchmark::Counter(static_cast<double>(sink.commands()));
   state.SetComplexityN(state.range(0));
 }
+void BM_ChainListUnlist(benchmark::State& state) {
+  listUnlist(state, false);
+}
 BENCHMARK(BM_ChainListUnlist)->Arg(10)->Arg(100)->Arg(1000)->Complexity(benchmark::oN);
+
+// The yardstick: the same number of references one level deep.
+void BM_FanListUnlist(benchmark::State& state) {
+  listUnlist(state, true);
+}
+BENCHMARK(BM_FanListUnlist)->Arg(10)->Arg(100)->Arg(1000)->Complexity(benchmark::oN);
 
 }  // namespace
 
