@@ -1,7 +1,8 @@
 // The route-map reactor of one VRF.
 //
 // Watches: the route-map configuration (its maps by name and the set-operation
-// mode), each map (its sequences and its version) and the policy map.
+// mode), each map (its sequences and its version), each sequence (its match
+// rules and sub-route-map) and the policy map's route-map collection.
 // Sends: the set-operation mode with a commit at construction and on every
 // change of it; a map whole (delete, commit, insert, commit) when its reactor
 // is made and on every notification of its version; the removal of a single
