@@ -105,6 +105,26 @@ TEST_F(AsPathReactorTest, InvalidEntryWithdrawsEveryEntryWithAnImmediateCommit) 
   EXPECT_FALSE(sm()->aspathListValidRegex("A"));
 }
 
+TEST_F(AsPathReactorTest, RewritingTheOnlyInvalidEntryWithdrawsTheListAgain) {
+  auto list = deactivatedList();
+  list->pathEntryIs(entry(15, false));
+  EXPECT_EQ("", sent()) << "an identical entry is no change";
+  // The set still holds one number, so the list is withdrawn once more.
+  list->pathEntryIs({15, "(15", Acl::permit, Acl::originIgp, false, false});
+  EXPECT_EQ(delEntry("A", 10) + delEntry("A", 15) + delEntry("A", 20) + commit, sent());
+}
+
+TEST_F(AsPathReactorTest, PausedListReactorPausesItsAsPathListReactors) {
+  auto list = sentList("A", {10});
+  sm()->hasNotificationActiveIs(false);
+  list->pathEntryIs(entry(20));
+  aclListConfig->regexModeIs(Acl::regexModeString);
+  EXPECT_EQ("", sent());
+  sm()->hasNotificationActiveIs(true);
+  list->versionInc();
+  EXPECT_EQ(commit, sent());
+}
+
 TEST_F(AsPathReactorTest, RemovingTheLastInvalidEntryRestoresTheRestWithACommit) {
   auto list = deactivatedList();
   list->pathEntryIs(entry(40, false));
