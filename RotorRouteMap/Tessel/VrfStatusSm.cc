@@ -4,6 +4,7 @@
 #include "Orb/Trace.h"
 #include "Orb/TypeRegistry.h"
 #include "RibDynamicPrefixList/DynPfxConfigSm.h"
+#include "Tessel/AclListConfigSm.h"
 #include "Tessel/PeerFilterConfigSm.h"
 #include "Tessel/RouteMapConfigSm.h"
 #include "Tessel/TraceLevels.h"
@@ -41,6 +42,7 @@ void VrfStatusSm::handleInitialized() {
   L3::VrfName vrfName = rmRoot ? rmRoot->vrfName() : vrfName_;
   routeMapConfigSmIs(routeMapConfig_, vrfName, policyMap_);
   peerFilterConfigSmIs(peerFilterConfig_, vrfName);
+  aclListConfigSmIs(aclListConfig_, vrfName);
   dynPfxConfigSmIs(dynPfxListConfig_, policyMap_);
   initializedIs(true);
 }
@@ -83,6 +85,19 @@ void VrfStatusSm::dynPfxConfigSmIs(Root::DynPfxListConfigPtr const& config,
     return;
   }
   childIs(dynPfxChild, RibDynamicPrefixList::dynPfxConfigSmFactory(config, policyMap));
+}
+
+AclListConfigSm* VrfStatusSm::aclListConfigSm() const noexcept {
+  return static_cast<AclListConfigSm*>(child(aclListChild));
+}
+
+void VrfStatusSm::aclListConfigSmIs(Root::AclListConfigPtr const& config,
+                                    L3::VrfName const& vrfName) {
+  if (AclListConfigSm* sm = aclListConfigSm();
+      sm && sm->aclListConfig() == config && sm->vrfName() == vrfName) {
+    return;
+  }
+  childIs(aclListChild, aclListConfigSmFactory(config, vrfName));
 }
 
 void VrfStatusSm::childIs(Child slot, Orb::Ptr<Orb::Reactor> reactor) {

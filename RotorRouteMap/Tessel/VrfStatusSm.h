@@ -18,6 +18,7 @@ namespace Tessel {
 
 class RouteMapConfigSm;
 class PeerFilterConfigSm;
+class AclListConfigSm;
 
 class VrfStatusSm : public Orb::Reactor {
  public:
@@ -54,6 +55,10 @@ class VrfStatusSm : public Orb::Reactor {
   /// As routeMapConfigSmIs, for the dynamic prefix-list reactor (no VRF).
   void dynPfxConfigSmIs(Root::DynPfxListConfigPtr const& config,
                         Root::PolicyMapPtr const& policyMap);
+  AclListConfigSm* aclListConfigSm() const noexcept;
+  /// Creates the list reactor (keeping an existing one made with the same
+  /// arguments) and switches its notifications on.
+  void aclListConfigSmIs(Root::AclListConfigPtr const& config, L3::VrfName const& vrfName);
 
   /// Takes the reactor out of its slot with its notifications off; it goes
   /// when the caller drops it.

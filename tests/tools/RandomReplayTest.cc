@@ -45,8 +45,10 @@ constexpr char const* kClauses[] = {
     "no set {metric|origin|next-hop|ipv6 next-hop|as-path prepend|value 3|link-bandwidth|"
     "community|next-hop unchanged}",
     "{sub-route-map {A|B|C}|no sub-route-map}",
-    "{match {ip|ipv6} address dynamic prefix-list D{1..2}|no match ip address dynamic prefix-list}",
 };
+// Only with the other kinds, so route-map-only runs stay as they were.
+constexpr char const* kDynamicPrefixListClause =
+    "{match {ip|ipv6} address dynamic prefix-list D{1..2}|no match ip address dynamic prefix-list}";
 
 class Generator {
  public:
@@ -56,6 +58,7 @@ class Generator {
   Step next() {
     // An input given back soon, as the machinery is frozen while it is away.
     if (!away_.empty() && below(3) == 0) return {"input " + std::exchange(away_, "") + " on"};
+    if (below(4) == 0) return asPathStep();
     if (otherKinds_ && below(4) == 0) return otherKind();
     int const r = below(100);
     if (r < 35 || maps_.empty()) {
@@ -64,7 +67,7 @@ class Generator {
       changed_.insert(map);
       Step step{fill("route-map " + map + " {permit|permit|permit|deny} {10|20|30}")};
       for (int n = below(3); n > 0; --n)
-        step.push_back("  " + fill(kClauses[below(std::size(kClauses))]));
+        step.push_back("  " + fill(clause()));
       return step;
     }
     std::string map = *std::next(maps_.begin(), below(maps_.size()));
@@ -89,6 +92,12 @@ class Generator {
   }
 
  private:
+  char const* clause() {
+    std::size_t const n = std::size(kClauses) + (otherKinds_ ? 1 : 0);
+    std::size_t const i = static_cast<std::size_t>(below(n));
+    return i < std::size(kClauses) ? kClauses[i] : kDynamicPrefixListClause;
+  }
+
   /// Peer filters, dynamic prefix lists and listing in the policy map.
   Step otherKind() {
     int const r = below(100);
@@ -98,7 +107,7 @@ class Generator {
       changedFilters_.insert(filter);
       Step step{fill("peer-filter " + filter + " {permit|deny} {10|20}")};
       for (int n = below(3); n > 0; --n)
-        step.push_back("  " + fill(kClauses[below(std::size(kClauses))]));
+        step.push_back("  " + fill(clause()));
       return step;
     }
     if (r < 40) {
@@ -137,6 +146,28 @@ class Generator {
     return {fill("{list|unlist} {route-map {A|B|C}|dynamic-prefix-list D{1..2}} by n{1..2}")};
   }
 
+  /// An AS-path list entry (with an expression valid under both modes, one,
+  /// or none), a version, a removal, or a mode change.
+  Step asPathStep() {
+    int const r = below(100);
+    if (r < 40 || pathLists_.empty()) {
+      std::string const list = fill("{P|Q}");
+      pathLists_.insert(list);
+      return {fill("as-path-list " + list +
+                   " {10|20|30} {permit|deny} {_1_|_1_|(?:2)|65000)|(4}"
+                   "{|| origin {igp|egp|incomplete|3}}{||| valid {none|0|1|both}}")};
+    }
+    std::string const list = *std::next(pathLists_.begin(), below(pathLists_.size()));
+    if (r < 70) return {"version as-path-list " + list};
+    if (r < 80) return {fill("no as-path-list " + list + " {10|20|30}")};
+    if (r < 85) {
+      pathLists_.erase(list);
+      return {"no as-path-list " + list};
+    }
+    if (r < 88) return {"as-path-list " + list};
+    return {fill("as-path-regex-mode {asn|string|0|1|2}")};
+  }
+
   int below(std::size_t n) {
     return std::uniform_int_distribution<int>(0, static_cast<int>(n) - 1)(rng_);
   }
@@ -172,6 +203,7 @@ class Generator {
   std::set<std::string> changedFilters_;
   std::set<std::string> lists_;
   std::set<std::string> changedLists_;
+  std::set<std::string> pathLists_;
   std::string away_;
 };
 

@@ -140,11 +140,11 @@ TEST(ScenarioLanguage, RefusesBadLinesSayingWhereAndWhatWasExpected) {
   Case const cases[] = {
       {"frobnicate R\n",
        "t.scenario:1: expected a statement (vrf, route-map, no, version, route-map-mode, "
-       "peer-filter, dynamic-prefix-list, list, unlist, input, match, set, sub-route-map), got "
-       "'frobnicate'"},
+       "peer-filter, as-path-list, as-path-regex-mode, dynamic-prefix-list, list, unlist, input, "
+       "match, set, sub-route-map), got 'frobnicate'"},
       {"no frob R\n",
-       "t.scenario:1: expected one of no route-map, no peer-filter, no dynamic-prefix-list, no "
-       "match, no set, no sub-route-map, got 'frob'"},
+       "t.scenario:1: expected one of no route-map, no peer-filter, no as-path-list, "
+       "no dynamic-prefix-list, no match, no set, no sub-route-map, got 'frob'"},
       {"route-map R permit ten\n", "t.scenario:1: expected sequence number, got 'ten'"},
       {"route-map R allow 10\n", "t.scenario:1: expected permit or deny, got 'allow'"},
       {"version R now\n", "t.scenario:1: expected end of line, got 'now'"},

@@ -122,8 +122,8 @@ Row const kInputStatements[] = {
 /// list them. A new kind adds its table here.
 std::span<Rows const> statementTables() {
   static Rows const tables[] = {
-      routeMapStatements(),  peerFilterStatements(), dynamicPrefixListStatements(),
-      policyMapStatements(), kInputStatements,
+      routeMapStatements(),          peerFilterStatements(), asPathStatements(),
+      dynamicPrefixListStatements(), policyMapStatements(),  kInputStatements,
   };
   return tables;
 }

@@ -141,5 +141,6 @@ Rows routeMapStatements();
 Rows peerFilterStatements();
 Rows policyMapStatements();
 Rows dynamicPrefixListStatements();
+Rows asPathStatements();
 
 }  // namespace Scenario

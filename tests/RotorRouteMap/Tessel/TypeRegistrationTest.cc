@@ -39,17 +39,20 @@ using TypeRegistrationTest = TesselTest::EngineTest;
 
 TEST_F(TypeRegistrationTest, LibraryRegistersEveryTypeItBuilds) {
   // Add a type here when its code lands. Still to come:
-  // Tessel::IpAclConfigSm, Tessel::AclListConfigSm, Tessel::AclConfigSm.
+  // Tessel::IpAclConfigSm, Tessel::AclConfigSm.
   std::vector<std::string> expected = {
       "RibDynamicPrefixList::Cog",
       "RibDynamicPrefixList::DynPfxConfigSm",
       "RibDynamicPrefixList::OrbDynamicPrefixList",
+      "Tessel::AclListConfigSm",
       "Tessel::Cog",
       "Tessel::Cog::PrefixListFamily",
       "Tessel::CommListUsers",
       "Tessel::CommSetClauseInMapEntry",
       "Tessel::CommSetClauseMapEntryColl",
       "Tessel::MapEntryCommSetClause",
+      "Tessel::OrbIpv6PrefixList",
+      "Tessel::OrbPrefixList",
       "Tessel::OrbRouteMap",
       "Tessel::OrbSeqMapEntry",
       "Tessel::PeerFilterConfigSm",
