@@ -93,9 +93,9 @@ TEST_F(AsPathReactorTest, InvalidEntryWithdrawsEveryEntryWithAnImmediateCommit) 
   auto list = sentList("A", {10, 20});
   list->pathEntryIs(entry(15, false));
   EXPECT_EQ(delEntry("A", 10) + delEntry("A", 15) + delEntry("A", 20) + commit, sent());
-  EXPECT_THAT(trace.text, HasSubstr("\n8 adding as-path entry to an invalid ACL: seqno: 15 "
-                                    "as-path-list:A"));
-  EXPECT_THAT(trace.text, HasSubstr("\n1 Deactivate as-path ACL: A"));
+  EXPECT_THAT(trace.text, HasSubstr("\n8 void Tessel::OrbPathList::handlePathEntry(U32 seqno) "
+                                    "seqno: 15\n8 adding as-path entry to an invalid ACL: "
+                                    "seqno: 15 as-path-list:A\n1 Deactivate as-path ACL: A\n"));
   // While deactivated, valid entries and further invalid ones send nothing.
   list->pathEntryIs(entry(30));
   list->pathEntryIs(entry(40, false));
