@@ -162,8 +162,10 @@ TEST_F(AsPathReactorTest, ModeChangeEmptiesTheEngineThenSendsTheModeThenTheValid
   aclListConfig->regexModeIs(Acl::regexModeString);
   EXPECT_EQ(delList("A") + delList("B") + delList("E") + syncCommit + commit +
                 "AsPathRegexMode [256] 16:u32=2\n" + commit +  //
-                addList("A") + addEntry("A", 10) + addList("B") + addList("E") + commit,
-            sent());
+                addList("E") + addList("B") + addList("A") + addEntry("A", 10) + commit,
+            sent())
+      << "removals walk the configuration by name, re-evaluation the list reactors by the "
+         "hash order of their names";
   EXPECT_THAT(trace.text, HasSubstr("\n8 void Tessel::AclListConfigSm::handleRegexMode() "
                                     "switching to 1\n1 deleting all as-path ACLs\n"));
   EXPECT_THAT(trace.text, HasSubstr("\n8 reconfiguring only valid as-path ACLs\n"));
@@ -174,8 +176,8 @@ TEST_F(AsPathReactorTest, ModeChangeEmptiesTheEngineThenSendsTheModeThenTheValid
   aclListConfig->regexModeIs(Acl::regexModeAsn);
   EXPECT_EQ(delList("A") + delList("B") + delList("E") + syncCommit + commit +
                 "AsPathRegexMode [256] 16:u32=1\n" + commit +  //
-                addList("A") + addEntry("A", 10) + addList("B") + addEntry("B", 10) +
-                addEntry("B", 20) + addList("E") + commit,
+                addList("E") + addList("B") + addEntry("B", 10) + addEntry("B", 20) + addList("A") +
+                addEntry("A", 10) + commit,
             sent());
   EXPECT_TRUE(reactor("B")->inapplicableSeqno().empty());
 }
@@ -186,7 +188,7 @@ TEST_F(AsPathReactorTest, UnknownModeDeactivatesEveryListButAnEmptyOne) {
   sent();
   aclListConfig->regexModeIs(Acl::RegexMode(7));
   EXPECT_EQ(delList("A") + delList("E") + syncCommit + commit + "AsPathRegexMode [256] 16:u32=1\n" +
-                commit + addList("A") + addList("E") + commit,
+                commit + addList("E") + addList("A") + commit,
             sent());
   EXPECT_TRUE(sm()->aspathListValidRegex("E"));
   EXPECT_FALSE(sm()->aspathListValidRegex("A"));
@@ -230,7 +232,7 @@ TEST_F(AsPathReplayTest, ListsAreFirstSentAtInitializationAfterTheMode) {
   EXPECT_EQ(delList("A") + delList("B") + syncCommit + commit + "AsPathRegexMode [256] 16:u32=2\n" +
                 commit + commit +  // no list reactor to re-evaluate yet
                 commit + commit +  // each new list reactor's version
-                addList("A") + addEntry("A", 10) + addEntry("A", 20) + addList("B") + commit,
+                addList("B") + addList("A") + addEntry("A", 10) + addEntry("A", 20) + commit,
             sent());
   sm->hasNotificationActiveIs(false);
 }
