@@ -10,6 +10,7 @@
 #include "Acl/CommunityList.h"
 #include "Acl/Enums.h"
 #include "Kiwi/IpAddr.h"
+#include "Kiwi/Prefix.h"
 #include "L3/VrfName.h"
 #include "Orb/Ptr.h"
 #include "Orb/String.h"
@@ -48,6 +49,31 @@ class Cog : public Orb::Object {
   /// The engine's name of a prefix list: IPv6 lists share the node space of
   /// IPv4 lists and are kept apart by a ".ipv6." prefix.
   static Orb::String prefixListId(Orb::String const& name, PrefixListFamily family);
+
+  // Prefix lists and standard IP access lists. None of these commits.
+
+  /// Creates the node of an IPv4 list under its engine name.
+  void doAddIpPrefixList(Orb::String const& name);
+  /// Creates the node of an IPv6 list under its engine name.
+  void doAddIpv6PrefixList(Orb::String const& name);
+  /// One removal for both families; the engine drops the list's entries
+  /// with it.
+  void doDelIpPrefixList(Orb::String const& name, PrefixListFamily family);
+  /// Adds or replaces one entry. A zero ge and le send the prefix's own
+  /// length as both bounds; otherwise only the configured bounds are sent.
+  /// Any action other than deny is sent as permit.
+  void doAddIpPrefixListEntry(Orb::String const& name, U32 seqno, Acl::MatchPermit action,
+                              Kiwi::Prefix const& prefix, U32 ge, U32 le);
+  void doAddIpv6PrefixListEntry(Orb::String const& name, U32 seqno, Acl::MatchPermit action,
+                                Kiwi::Ip6Prefix const& prefix, U32 ge, U32 le);
+  void doDelIpPrefixListEntry(Orb::String const& name, U32 seqno, PrefixListFamily family);
+  /// Standard ACLs go under their configured name, with no family prefix.
+  void doAddIpStdAcl(Orb::String const& name);
+  /// Sends the address and its full mask, the mask as a dotted address.
+  void doAddIpStdAclEntry(Orb::String const& name, U32 seqno, Acl::MatchPermit action,
+                          Kiwi::IpAddrWithFullMask const& source);
+  void doDelIpStdAcl(Orb::String const& name);
+  void doDelIpStdAclEntry(Orb::String const& name, U32 seqno);
 
   // Route maps and sequences. None of these commits.
 
