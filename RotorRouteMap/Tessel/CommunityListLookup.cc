@@ -5,8 +5,9 @@
 
 namespace Tessel {
 
-Orb::Ptr<Acl::CommunityList const> configuredCommunityList(Orb::Name const&) {
-  return nullptr;
+Orb::Ptr<Acl::CommunityList const> configuredCommunityList(Orb::Name const& name) {
+  if (!rmRoot || !rmRoot->aclListConfig()) return nullptr;
+  return rmRoot->aclListConfig()->communityList(name);
 }
 
 }  // namespace Tessel

@@ -69,8 +69,12 @@ class CommunityList : public Orb::Entity {
   };
   using Entries = Orb::OrderedMap<Orb::U32, Orb::Ptr<CommunityListEntry>>;
 
-  static Orb::Ptr<CommunityList> create(Orb::Name name) {
-    return new CommunityList(std::move(name));
+  /// Made by the owning configuration, which is its parent; null for a list
+  /// that stands alone.
+  static Orb::Ptr<CommunityList> create(Orb::Name name, Orb::Entity const* parent = nullptr) {
+    Orb::Ptr<CommunityList> list(new CommunityList(std::move(name)));
+    list->parentIs(parent);
+    return list;
   }
 
   Entries const& communityListEntry() const noexcept { return entries_; }
