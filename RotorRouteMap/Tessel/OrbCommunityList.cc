@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "Orb/Trace.h"
-#include "Orb/TypeRegistry.h"
 #include "Tessel/AclListConfigSm.h"
 #include "Tessel/Cog.h"
 #include "Tessel/TraceLevels.h"
@@ -15,11 +14,6 @@ namespace Tessel {
 
 using Acl::CommunityList;
 using Acl::CommunityListEntry;
-
-namespace {
-Orb::TypeRegistration listType({"Tessel::OrbCommunityList", {}, {}});
-Orb::TypeRegistration entryType({"Tessel::OrbCommunityListEntry", {}, {}});
-}  // namespace
 
 // ---- OrbCommunityList
 
