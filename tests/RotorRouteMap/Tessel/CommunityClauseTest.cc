@@ -115,6 +115,14 @@ TEST_F(ClauseTest, ForgettingASequenceDropsListsNoLongerUsed) {
                                     "in a test. Return early"));
 }
 
+// The refresh order is the records' hash order, so the hash is pinned: the
+// name's hash as a name key hashes, then the sequence, then the flag.
+TEST_F(ClauseTest, RecordHashMixesTheNameKeyHashThenSequenceThenFlag) {
+  Orb::HashValue const nameHash = Orb::Hasher<Orb::Name>{}(Orb::Name("M"));
+  EXPECT_EQ(Orb::hashFinish(Orb::hashMix(Orb::hashMix(Orb::hashMix(7, nameHash), 20), 3)),
+            MapEntryCommSetClause("M", 20, Acl::commSetAdd_).hash(7));
+}
+
 TEST_F(ClauseTest, RefreshRebuildsEveryUserInTheIndexOrder) {
   char const* maps[] = {"M", "N", "P", "Q", "R"};
   for (char const* map : maps)
