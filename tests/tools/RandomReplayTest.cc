@@ -67,6 +67,7 @@ class Generator {
   Step next() {
     // An input given back soon, as the machinery is frozen while it is away.
     if (!away_.empty() && below(3) == 0) return {"input " + std::exchange(away_, "") + " on"};
+    if (below(4) == 0) return asPathStep();
     if (below(4) == 0) return communityStep();
     int const r = below(100);
     if (r < 35 || maps_.empty()) {
@@ -100,6 +101,28 @@ class Generator {
   }
 
  private:
+  /// An AS-path list entry (with an expression valid under both modes, one,
+  /// or none), a version, a removal, or a mode change.
+  Step asPathStep() {
+    int const r = below(100);
+    if (r < 40 || pathLists_.empty()) {
+      std::string const list = fill("{P|Q}");
+      pathLists_.insert(list);
+      return {fill("as-path-list " + list +
+                   " {10|20|30} {permit|deny} {_1_|_1_|(?:2)|65000)|(4}"
+                   "{|| origin {igp|egp|incomplete|3}}{||| valid {none|0|1|both}}")};
+    }
+    std::string const list = *std::next(pathLists_.begin(), below(pathLists_.size()));
+    if (r < 70) return {"version as-path-list " + list};
+    if (r < 80) return {fill("no as-path-list " + list + " {10|20|30}")};
+    if (r < 85) {
+      pathLists_.erase(list);
+      return {"no as-path-list " + list};
+    }
+    if (r < 88) return {"as-path-list " + list};
+    return {fill("as-path-regex-mode {asn|string|0|1|2}")};
+  }
+
   Step communityStep() {
     int const r = below(100);
     if (r < 60 || entries_.empty()) {
@@ -152,6 +175,7 @@ class Generator {
   std::mt19937 rng_;
   std::set<std::string> maps_;
   std::set<std::string> changed_;  // since their last version
+  std::set<std::string> pathLists_;
   std::string away_;
   std::set<std::string> entries_;  // community-list entries, as "LIST SEQ"
 };

@@ -180,11 +180,11 @@ TEST(ScenarioLanguage, RefusesBadLinesSayingWhereAndWhatWasExpected) {
   Case const cases[] = {
       {"frobnicate R\n",
        "t.scenario:1: expected a statement (vrf, route-map, no, version, route-map-mode, "
-       "community-list, community-list-version, input, match, set, sub-route-map), got "
-       "'frobnicate'"},
+       "as-path-list, as-path-regex-mode, community-list, community-list-version, input, match, "
+       "set, sub-route-map), got 'frobnicate'"},
       {"no frob R\n",
-       "t.scenario:1: expected one of no route-map, no community-list, no match, no set, no "
-       "sub-route-map, got 'frob'"},
+       "t.scenario:1: expected one of no route-map, no as-path-list, no community-list, no "
+       "match, no set, no sub-route-map, got 'frob'"},
       {"community-list L 10 permit colossal 1:2\n",
        "t.scenario:1: expected standard, extended, large, their -regex forms or type N, got "
        "'colossal'"},

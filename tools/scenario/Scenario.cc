@@ -123,6 +123,7 @@ Row const kInputStatements[] = {
 std::span<Rows const> statementTables() {
   static Rows const tables[] = {
       routeMapStatements(),
+      asPathStatements(),
       communityListStatements(),
       kInputStatements,
   };

@@ -138,6 +138,7 @@ struct Context {
 
 // Each configuration kind's top-level statements, listed in Scenario.cc.
 Rows routeMapStatements();
+Rows asPathStatements();
 Rows communityListStatements();
 
 // ---- community values, as route-map sets and community lists write them

@@ -8,6 +8,7 @@ namespace Scenario {
 
 World::World(Options options)
     : options_(std::move(options)), previousSink_(Rib::engineSinkIs(&sink_)) {
+  if (options_.shadow) asPathHoldBack_ = std::make_unique<AsPathHoldBack>(shadow_.aclListConfig);
   root_ = Tessel::rootFactory("root");
   root_->vrfNameIs(options_.vrf);
   for (std::size_t i = 0; i < inputCount; ++i)
@@ -51,6 +52,7 @@ void World::inputIs(Input input, bool present) {
       break;
   }
   present_[index(input)] = present;
+  if (asPathHoldBack_) asPathHoldBack_->upIs(allPresent());
 }
 
 void World::apply(Statement const& statement) {
