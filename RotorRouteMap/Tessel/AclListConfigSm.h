@@ -12,6 +12,7 @@
 #pragma once
 
 #include "Orb/Reactor.h"
+#include "Tessel/OrbCommunityList.h"
 #include "Tessel/OrbPathList.h"
 #include "Tessel/OrbPrefixList.h"
 #include "Tessel/Root.h"
@@ -98,6 +99,16 @@ class AclListConfigSm : public Orb::Reactor {
   /// Every community list, in name order.
   void handleCommunityList();
 
+  OrbCommunityList* orbCommunityList(Orb::Name const& name) const {
+    return orbCommunityList_.find(name);
+  }
+  std::size_t orbCommunityLists() const noexcept { return orbCommunityList_.size(); }
+  /// Makes the reactor of `list` unless one already watches that list.
+  void communityListIs(Orb::Ptr<Acl::CommunityList const> const& list);
+  /// Removes the reactor of `name`, which deletes the sets of its entries.
+  void communityListDel(Orb::Name const& name);
+  void communityListDelAll();
+
  private:
   class OrbAclListConfig final : public Orb::ReactorNotifiee<AclListConfigSm> {
    public:
@@ -127,6 +138,7 @@ class AclListConfigSm : public Orb::Reactor {
   Orb::ReactorColl<Orb::Name, OrbPathList> orbPathList_{this};
 
   // community side state
+  Orb::ReactorColl<Orb::Name, OrbCommunityList> orbCommunityList_{this};
 
   bool initialized_ = false;
 };

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "Acl/CommunityList.h"
 #include "Acl/Enums.h"
 #include "Kiwi/IpAddr.h"
 #include "Kiwi/Prefix.h"
@@ -133,12 +134,12 @@ class Cog : public Orb::Object {
                               bool invert);
   void doAddMatchInstance(Orb::String const& mapName, U32 seqno, U32 instance, U32 extra,
                           bool invert);
-  /// Community-list match (standard, extended or large). Not sent yet: traces
-  /// at error level and sends nothing until the community clauses arrive.
+  /// Community-list match (standard, extended or large); an exact match
+  /// names the lists' exact twins. The list names must not be empty.
   void doAddMatchCommunity(Orb::String const& mapName, U32 seqno,
                            Routing::RouteMap::CommListSet const& commListSet, bool invert,
                            bool exact, Acl::CommunityType type);
-  /// Community-instance count match. Not sent yet, as doAddMatchCommunity.
+  /// Community-instance count match, keyed by the lowest count.
   void doAddMatchCommInst(Orb::String const& mapName, U32 seqno, U32 low, U32 high, bool invert);
 
   // Set clauses: attributes of the set node (601) below the sequence.
@@ -166,18 +167,19 @@ class Cog : public Orb::Object {
   /// sequence, so "none" resets what an earlier version set.
   void doSetExtCommunityLbwOpts(Orb::String const& mapName, U32 seqno,
                                 Acl::ExtCommLinkBandwidthSetFlag lbwFlag, float value);
-  /// Standard community set of a clause. Not sent yet: traces at error level
-  /// and sends nothing until the community clauses arrive.
+  /// Standard community set of a clause: rebuilds the clause's private list
+  /// of this variant and applies it to the sequence.
   void doSetCommunity(Orb::String const& mapName, U32 seqno,
                       Orb::Ptr<Routing::RouteMap::CommunitySet const> const& commSet);
-  /// Extended community set. Not sent yet, as doSetCommunity.
+  /// Extended community set, written as the set ".e<map><seqno>"; a set with
+  /// a link-bandwidth community is always added, never replacing.
   void doSetExtCommunity(Orb::String const& mapName, U32 seqno,
                          Orb::Ptr<Routing::RouteMap::CommunitySet const> const& commSet);
-  /// Large community set. Not sent yet, as doSetCommunity.
+  /// Large community set, written as the set ".l<map><seqno>".
   void doSetLargeCommunity(Orb::String const& mapName, U32 seqno,
                            Orb::Ptr<Routing::RouteMap::CommunitySet const> const& commSet);
-  /// Records the clause as a user of the community lists its set names. Not
-  /// recorded yet: traces at error level until the community clauses arrive.
+  /// Records the clause as a user of the community lists its set names, so
+  /// that a change of one of them rebuilds the clause.
   void addRmClauseToCommListUsers(Orb::String const& mapName, U32 seqno,
                                   Orb::Ptr<Routing::RouteMap::CommunitySet const> const& commSet);
 
@@ -197,6 +199,66 @@ class Cog : public Orb::Object {
   /// The dialect the engine compiles AS-path expressions in: mode 1 is the
   /// engine's 2, every other mode its 1.
   void doAsPathRegexMode(Acl::RegexMode mode);
+
+  // Private community lists of route-map clauses. None of these commits by
+  // itself; the list and set commands they call do.
+
+  /// Builds the clause's private list: from its own values (one entry at
+  /// sequence 10), or merged from the lists it names.
+  void doAddInternalCommunityList(Orb::String const& mapName, U32 seqno,
+                                  Orb::Ptr<Routing::RouteMap::CommunitySet const> const& commSet);
+  /// Fills the private list with the entries of every named list that is
+  /// configured, in name order; entries keep their own sequence numbers.
+  void doAddInternalMergeCommunityListName(
+      Orb::String const& mapName, U32 seqno,
+      Orb::Ptr<Routing::RouteMap::CommunitySet const> const& commSet);
+  /// Points the sequence's standard community set at the private list.
+  void doApplyCommListToRouteMap(Orb::String const& mapName, U32 seqno, Orb::String const& clName,
+                                 Acl::CommSetFlag flag);
+  /// Deletes the private list and set of one variant ("ar" or "del").
+  void doDeleteInternalCommunityList(Orb::String const& mapName, U32 seqno, Acl::CommSetFlag flag);
+  /// Forgets every use the sequence made of any community list, dropping the
+  /// lists no sequence uses any more from the index.
+  void delRmFromCommListUsers(Orb::String const& mapName, U32 seqno);
+  /// Rebuilds every clause recorded as a user of `listName`, in the index's
+  /// hash order.
+  void refreshCommListUsersOf(Orb::String const& listName);
+
+  // Community lists and community sets. Only the removals and the set
+  // writes commit by themselves.
+
+  void doAddCommunityList(Orb::String const& listName);
+  /// Commits.
+  void doDelCommunityList(Orb::String const& listName);
+  /// Rewrites the entry's set (deleting it as every kind first), then the
+  /// entry in the list and in the list's exact twin.
+  void doAddCommunityListEntry(Orb::String const& listName, Acl::CommunityListEntry const& entry);
+  /// Deletes the entry's set as every kind, then the entry and its twin.
+  void doDelCommunityListEntry(Orb::String const& listName, U32 seqno);
+  /// Writes the set of a configured entry, of the kind its list type says;
+  /// commits.
+  void doAddListCommSet(Orb::String const& setName, Acl::CommunityListEntry const& entry);
+  /// Writes a clause's set as `type`; commits. True only for an extended set
+  /// holding a link-bandwidth community.
+  bool doAddSetCommSet(Orb::String const& setName,
+                       Orb::Ptr<Routing::RouteMap::CommunitySet const> const& commSet,
+                       Acl::CommunityType type);
+  /// Commits. Aborts on a type other than standard, extended or large.
+  void doDelCommSet(Orb::String const& setName, Acl::CommunityType type);
+  /// Adds an entry to a list the library made itself; always sent as a
+  /// standard entry, with no exact twin.
+  void doAddCommunitySetToList(Orb::String const& listName, U32 seqno, Orb::String const& setName,
+                               Acl::MatchPermit permit);
+
+  /// The set of a configured entry: "." + list name + sequence, with no
+  /// separator, so entry 2 of a1 and entry 12 of a share one name.
+  static Orb::String getCommunitySetName(Orb::String const& listName, U32 seqno);
+  /// The private set of a clause: ".cs" + map + sequence + "del" or "ar".
+  static Orb::String getInternalCommunitySetName(Orb::String const& mapName, U32 seqno,
+                                                 Acl::CommSetFlag flag);
+  /// The private list of a clause: ".cl" + map + sequence + "del" or "ar".
+  static Orb::String getInternalCommunityListName(Orb::String const& mapName, U32 seqno,
+                                                  Acl::CommSetFlag flag);
 
  private:
   L3::VrfName vrfName_;

@@ -364,31 +364,4 @@ void Cog::doAddMatchInstance(Orb::String const& mapName, U32 seqno, U32 instance
   op->doExecute();
 }
 
-// ---- Community matches
-//
-// Placeholders until the community clauses are translated: the dispatcher
-// already routes options 103, 104, 127 and 125 here, so a rule of those kinds
-// is reported and sent as nothing rather than mistaken for a string match.
-
-void Cog::doAddMatchCommunity(Orb::String const& mapName, U32 seqno,
-                              Routing::RouteMap::CommListSet const& commListSet, bool invert,
-                              bool exact, Acl::CommunityType type) {
-  ORB_TRACE(traceError,
-            "Error: not sent yet: void Tessel::Cog::doAddMatchCommunity(Orb::String const& "
-            "mapName, U32 seqno, Routing::RouteMap::CommListSet const& commListSet, bool invert, "
-            "bool exact, Acl::CommunityType type)"
-                << ": map=" << mapName << " seqno=" << seqno
-                << " lists=" << commListSet.stringValue() << " invert=" << invert
-                << " exact=" << exact << " type=" << Acl::valueToStrep(type));
-}
-
-void Cog::doAddMatchCommInst(Orb::String const& mapName, U32 seqno, U32 low, U32 high,
-                             bool invert) {
-  ORB_TRACE(traceError,
-            "Error: not sent yet: void Tessel::Cog::doAddMatchCommInst(Orb::String const& "
-            "mapName, U32 seqno, U32 low, U32 high, bool invert)"
-                << ": map=" << mapName << " seqno=" << seqno << " [" << low << ", " << high
-                << "] invert: " << invert);
-}
-
 }  // namespace Tessel

@@ -262,43 +262,4 @@ void Cog::doSetExtCommunityLbwOpts(Orb::String const& mapName, U32 seqno,
   op->doExecute();
 }
 
-// ---- Community sets
-//
-// Placeholders until the community clauses are translated: the route-map
-// loop already calls them at their place in the set order, so a map with
-// community sets is reported and the rest of it still reaches the engine.
-
-void Cog::doSetCommunity(Orb::String const& mapName, U32 seqno,
-                         Orb::Ptr<Routing::RouteMap::CommunitySet const> const&) {
-  ORB_TRACE(traceError,
-            "Error: not sent yet: void Tessel::Cog::doSetCommunity(Orb::String const& mapName, "
-            "U32 seqno, Orb::Ptr<Routing::RouteMap::CommunitySet const> const& commSet)"
-                << ": map=" << mapName << " seqno=" << seqno);
-}
-
-void Cog::doSetExtCommunity(Orb::String const& mapName, U32 seqno,
-                            Orb::Ptr<Routing::RouteMap::CommunitySet const> const&) {
-  ORB_TRACE(traceError,
-            "Error: not sent yet: void Tessel::Cog::doSetExtCommunity(Orb::String const& "
-            "mapName, U32 seqno, Orb::Ptr<Routing::RouteMap::CommunitySet const> const& commSet)"
-                << ": map=" << mapName << " seqno=" << seqno);
-}
-
-void Cog::doSetLargeCommunity(Orb::String const& mapName, U32 seqno,
-                              Orb::Ptr<Routing::RouteMap::CommunitySet const> const&) {
-  ORB_TRACE(traceError,
-            "Error: not sent yet: void Tessel::Cog::doSetLargeCommunity(Orb::String const& "
-            "mapName, U32 seqno, Orb::Ptr<Routing::RouteMap::CommunitySet const> const& commSet)"
-                << ": map=" << mapName << " seqno=" << seqno);
-}
-
-void Cog::addRmClauseToCommListUsers(Orb::String const& mapName, U32 seqno,
-                                     Orb::Ptr<Routing::RouteMap::CommunitySet const> const&) {
-  ORB_TRACE(traceError,
-            "Error: not recorded yet: void Tessel::Cog::addRmClauseToCommListUsers(Orb::String "
-            "const& mapName, U32 seqno, Orb::Ptr<Routing::RouteMap::CommunitySet const> const& "
-            "commSet)"
-                << ": map=" << mapName << " seqno=" << seqno);
-}
-
 }  // namespace Tessel

@@ -11,7 +11,8 @@ bool operator<(MapEntryCommSetClause const& a, MapEntryCommSetClause const& b) n
 
 Orb::HashValue MapEntryCommSetClause::hash(Orb::HashValue seed) const noexcept {
   Orb::HashValue h = seed;
-  h = Orb::hashMix(h, Orb::hashBytes(mapName_.view()));
+  // The name's own hash: the one the runtime keys a name with.
+  h = Orb::hashMix(h, mapName_.hash(0));
   h = Orb::hashMix(h, mapSeqno_);
   h = Orb::hashMix(h, static_cast<Orb::U32>(flag_));
   return Orb::hashFinish(h);

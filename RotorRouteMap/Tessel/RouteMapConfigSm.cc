@@ -194,7 +194,15 @@ void OrbRouteMap::handleSeqno() {
     handleSeqno(seqno);
 }
 
-void OrbRouteMap::deleteSequenceCommSets(Orb::U32) {}
+void OrbRouteMap::deleteSequenceCommSets(Orb::U32 seqno) {
+  auto cog = cogFactory(vrfName());
+  cog->delRmFromCommListUsers(name(), seqno);
+  cog->doDeleteInternalCommunityList(name(), seqno, Acl::commSetAdd_);
+  cog->doDeleteInternalCommunityList(name(), seqno, Acl::commSetDelete_);
+  std::string const seq = std::to_string(seqno);
+  cog->doDelCommSet(Orb::String(".e" + name().str() + seq), Acl::communityExtended);
+  cog->doDelCommSet(Orb::String(".l" + name().str() + seq), Acl::communityLarge);
+}
 
 void OrbRouteMap::deleteRouteMapCommSets() {
   ORB_TRACE(traceHandler, "void Tessel::OrbRouteMap::deleteRouteMapCommSets()");
@@ -202,8 +210,10 @@ void OrbRouteMap::deleteRouteMapCommSets() {
   seqnos.reserve(commSetName_.size());
   for (auto const& kv : commSetName_)
     seqnos.push_back(kv.first);
-  for (Orb::U32 seqno : seqnos)
+  for (Orb::U32 seqno : seqnos) {
     deleteSequenceCommSets(seqno);
+    commSetNameDel(seqno);
+  }
 }
 
 void OrbRouteMap::seqMapEntryIs(Orb::Ptr<MapEntry const> const& entry) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Acl/AsPathList.h"
+#include "Acl/CommunityList.h"
 #include "Acl/Enums.h"
 #include "Acl/PrefixList.h"
 #include "Orb/Entity.h"
@@ -78,6 +79,18 @@ class AclListConfig : public Orb::Entity {
 
   // ---- community lists
 
+  Lists<CommunityList> const& communityList() const noexcept { return communityLists_; }
+  Orb::Ptr<CommunityList> communityList(Orb::Name const& name) const {
+    return listOf(communityLists_, name);
+  }
+  /// The list `name`, made (and notified) when absent.
+  Orb::Ptr<CommunityList> communityListIs(Orb::Name const& name) {
+    return listIs(communityLists_, name, communityList_);
+  }
+  void communityListDel(Orb::Name name) {
+    listDel(communityLists_, std::move(name), communityList_);
+  }
+
  private:
   explicit AclListConfig(Orb::Name name) : Entity(std::move(name)) {}
 
@@ -114,6 +127,7 @@ class AclListConfig : public Orb::Entity {
   Lists<AsPathList> asPathLists_;
 
   // community list collection
+  Lists<CommunityList> communityLists_;
 };
 
 }  // namespace Acl

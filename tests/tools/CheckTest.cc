@@ -1,5 +1,6 @@
 // The replay check: it holds on the route-map flows, names the divergences the
 // system makes on purpose, and catches faults planted on either side.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <optional>
@@ -168,6 +169,12 @@ TEST_F(CheckTest, CommandsLeftUncommittedAreADivergence) {
       "line 2: version R\n"
       "commands left uncommitted:\n"
       "  deleteRouteMap [512 576=\"R\"] delete\n"
+      "  delCommunityList [512 528 529=\"/policy/commlist .clR10ar\"] delete\n"
+      "  delCommunitySet [512 524 525=\"/policy/commset .csR10ar\"] delete\n"
+      "  delCommunityList [512 528 529=\"/policy/commlist .clR10del\"] delete\n"
+      "  delCommunitySet [512 524 525=\"/policy/commset .csR10del\"] delete\n"
+      "  delCommunitySet [512 526 527=\"/policy/commset .eR10\"] delete\n"
+      "  delCommunitySet [512 631 632=\"/policy/commset .lR10\"] delete\n"
       "  deleteRouteMap [512 576=\"R\"] delete\n"
       "  routeMap [512 576=\"R\"] 0:str=\"R\"\n"
       "  routeMapSeq [512 576=\"R\" 577 578=10] 0:u32=10 1:flag=true\n"
@@ -185,6 +192,46 @@ TEST_F(CheckTest, ReferenceToAnAbsentMapIsRefusedWhenItRuns) {
     message = e.what();
   }
   EXPECT_EQ("t.scenario:3: expected an existing route map, got 'S'", message);
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(CheckTest, CommunityDivergencesAreKnownByName) {
+  struct Case {
+    char const* name;
+    char const* scenario;
+  };
+  Case const cases[] = {
+      {"community-set-name-shared",
+       "community-list a1 2 permit standard 1:2\ncommunity-list a 12 permit standard 1:12\n"},
+      {"community-clause-objects-left",
+       "route-map M permit 10\n  set large-community 1:2:3\nversion M\nno route-map M\n"},
+      {"community-list-user-stale",
+       "community-list A 1 permit standard 1:1\nroute-map M permit 10\n  set community add list "
+       "A\nversion M\nroute-map M permit 10\n  set community add 1:5\nversion M\n"
+       "community-list A 2 permit standard 1:2\n"},
+      {"community-list-removed-while-away",
+       "community-list A 1 permit standard 1:1\ninput acl-list-config off\n"
+       "no community-list A 1\ninput acl-list-config on\n"},
+      {"community-entry-incomplete-in-clause",
+       "route-map M permit 10\n  set community add list A\nversion M\n"
+       "community-list A 5 version 0 permit standard 1:1\n"},
+  };
+  for (Case const& c : cases) {
+    std::string const out = runChecked(c.scenario);
+    EXPECT_THAT(out, testing::HasSubstr("known divergence '" + std::string(c.name) + "'")) << out;
+    EXPECT_THAT(out, testing::Not(testing::HasSubstr("differs"))) << out;
+  }
+}
+
+TEST_F(CheckTest, LostCommunityEntryRemovalIsNotExcused) {
+  std::string const out =
+      runChecked("community-list A 1 permit standard 1:1\nno community-list A 1\n",
+                 [](RecordedCommand const& c) { return c.name != "delCommunityListEntry"; });
+  EXPECT_THAT(out, testing::HasSubstr("line 2: no community-list A 1\nthe engine state differs"));
+  EXPECT_THAT(out, testing::Not(testing::HasSubstr("known divergence")));
 }
 
 }  // namespace

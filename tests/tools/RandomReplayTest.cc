@@ -45,10 +45,23 @@ constexpr char const* kClauses[] = {
     "no set {metric|origin|next-hop|ipv6 next-hop|as-path prepend|value 3|link-bandwidth|"
     "community|next-hop unchanged}",
     "{sub-route-map {A|B|C}|no sub-route-map}",
+    // Clauses naming community lists, so that a change of a list used by
+    // several clauses is exercised often.
+    "set community {add|replace} list {CA|CB|CC}{| CB}",
+    "set community delete list {CA|CC}",
+    "match {community|extcommunity|large-community} {CA|CB}{| CC}{| exact}",
+    "match community-instances {1..2} {3..5}",
 };
 // Only with the other kinds, so route-map-only runs stay as they were.
 constexpr char const* kDynamicPrefixListClause =
     "{match {ip|ipv6} address dynamic prefix-list D{1..2}|no match ip address dynamic prefix-list}";
+
+// Community lists: entries of every kind and form, some left at version zero
+// and completed later.
+constexpr char const* kCommunityEntry =
+    "community-list {CA|CB|CC} {5|10|20}@ {permit|deny|action 7} "
+    "{standard 1:{1..3}{| 2:2}|extended rt 1:{1..3}|large 1:2:{1..3}|"
+    "{standard|extended|large}-regex ^1:.*|type 6 1:2:3}";
 
 class Generator {
  public:
@@ -60,6 +73,7 @@ class Generator {
     if (!away_.empty() && below(3) == 0) return {"input " + std::exchange(away_, "") + " on"};
     if (below(4) == 0) return asPathStep();
     if (otherKinds_ && below(4) == 0) return otherKind();
+    if (below(4) == 0) return communityStep();
     int const r = below(100);
     if (r < 35 || maps_.empty()) {
       std::string const map = fill("{A|B|C}");
@@ -168,6 +182,28 @@ class Generator {
     return {fill("as-path-regex-mode {asn|string|0|1|2}")};
   }
 
+  Step communityStep() {
+    int const r = below(100);
+    if (r < 60 || entries_.empty()) {
+      std::string line = fill(kCommunityEntry);
+      std::size_t const at = line.find('@');
+      std::string const entry = line.substr(15, at - 15);
+      // Only a new entry may be left incomplete.
+      line.replace(at, 1, !entries_.contains(entry) && below(3) == 0 ? " version 0" : "");
+      entries_.insert(entry);
+      return {line};
+    }
+    std::string const entry = *std::next(entries_.begin(), below(entries_.size()));
+    if (r < 75) return {"community-list-version " + entry};
+    if (r < 92) {
+      entries_.erase(entry);
+      return {"no community-list " + entry};
+    }
+    std::string const list = entry.substr(0, entry.find(' '));
+    std::erase_if(entries_, [&](std::string const& e) { return e.starts_with(list + " "); });
+    return {"no community-list " + list};
+  }
+
   int below(std::size_t n) {
     return std::uniform_int_distribution<int>(0, static_cast<int>(n) - 1)(rng_);
   }
@@ -205,6 +241,7 @@ class Generator {
   std::set<std::string> changedLists_;
   std::set<std::string> pathLists_;
   std::string away_;
+  std::set<std::string> entries_;  // community-list entries, as "LIST SEQ"
 };
 
 std::string textOf(Steps const& steps) {

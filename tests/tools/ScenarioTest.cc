@@ -77,8 +77,8 @@ std::string ruleText(MatchRule const* r) {
   return os.str();
 }
 
-// The clauses the library sends are covered field by field by the golden
-// streams; these are the ones the model keeps without sending them yet.
+// What the community clauses keep in the model; what the library sends of
+// them is covered by the golden streams.
 TEST(ScenarioLanguage, CommunityClausesWriteTheirSetsAndPresenceBits) {
   auto e = entry(configured(R"(route-map R deny 10
   set community add 65000:100 no-export
@@ -105,6 +105,46 @@ TEST(ScenarioLanguage, CommunityClausesWriteTheirSetsAndPresenceBits) {
             "R", 10);
   EXPECT_EQ("flags=0x0\ncommunity=flag=2\ndelete=-\next=-\nlarge=-\nlbw=0/0.000000\n",
             communitiesText(*e));
+}
+
+TEST(ScenarioLanguage, CommunityListEntriesWriteEveryFieldThenTheirVersion) {
+  auto in = configured(R"(community-list L 10 permit standard 1:2 no-export
+community-list L 20 version 0 action 7 type 9 1:2:3 4:5:6
+community-list L 30 deny extended-regex ^rt 1:.*$
+community-list-version L 20 5
+community-list L 10 deny large 1:2:3
+community-list E
+no community-list L 30
+)");
+  auto entryText = [&](Orb::U32 seqno) {
+    auto e = in.aclListConfig->communityList("L")->communityListEntry(seqno);
+    if (!e) return std::string("(none)");
+    std::ostringstream os;
+    os << "permit=" << e->permit() << " type=" << e->listType() << " version=" << e->version()
+       << " regex=" << e->regex();
+    for (auto const& v : e->communityValue())
+      os << " " << v.word1 << ":" << v.word2 << ":" << v.word3;
+    return os.str();
+  };
+  EXPECT_EQ("permit=1 type=4 version=2 regex= 1:2:3", entryText(10)) << "rewritten whole";
+  EXPECT_EQ("permit=7 type=9 version=5 regex= 1:2:3 4:5:6", entryText(20));
+  EXPECT_EQ("(none)", entryText(30));
+  EXPECT_TRUE(in.aclListConfig->communityList("E"));
+
+  // Refused when they run, before they change anything.
+  auto refusalWhenRun = [](std::string const& text) {
+    try {
+      configured(text);
+    } catch (Scenario::Refusal const& r) {
+      return std::string(r.what());
+    }
+    return std::string("(ran)");
+  };
+  EXPECT_EQ("expected a version above 0 for an entry already written, got 'version 0'",
+            refusalWhenRun("community-list L 10 permit standard 1:1\n"
+                           "community-list L 10 version 0 permit standard 1:1\n"));
+  EXPECT_EQ("expected an existing community-list entry, got 'L 10'",
+            refusalWhenRun("community-list-version L 10\n"));
 }
 
 TEST(ScenarioLanguage, ListMatchesWriteOneRuleUnderTheirOption) {
@@ -140,11 +180,18 @@ TEST(ScenarioLanguage, RefusesBadLinesSayingWhereAndWhatWasExpected) {
   Case const cases[] = {
       {"frobnicate R\n",
        "t.scenario:1: expected a statement (vrf, route-map, no, version, route-map-mode, "
-       "peer-filter, as-path-list, as-path-regex-mode, dynamic-prefix-list, list, unlist, input, "
-       "match, set, sub-route-map), got 'frobnicate'"},
+       "peer-filter, as-path-list, as-path-regex-mode, community-list, community-list-version, "
+       "dynamic-prefix-list, list, unlist, input, match, set, sub-route-map), got 'frobnicate'"},
       {"no frob R\n",
        "t.scenario:1: expected one of no route-map, no peer-filter, no as-path-list, "
-       "no dynamic-prefix-list, no match, no set, no sub-route-map, got 'frob'"},
+       "no community-list, no dynamic-prefix-list, no match, no set, no sub-route-map, got 'frob'"},
+      {"community-list L 10 permit colossal 1:2\n",
+       "t.scenario:1: expected standard, extended, large, their -regex forms or type N, got "
+       "'colossal'"},
+      {"community-list L 10 allow standard 1:2\n",
+       "t.scenario:1: expected permit, deny or action N, got 'allow'"},
+      {"community-list L 10 permit large 1:2\n",
+       "t.scenario:1: expected large community A:B:C, got '1:2'"},
       {"route-map R permit ten\n", "t.scenario:1: expected sequence number, got 'ten'"},
       {"route-map R allow 10\n", "t.scenario:1: expected permit or deny, got 'allow'"},
       {"version R now\n", "t.scenario:1: expected end of line, got 'now'"},

@@ -3,6 +3,8 @@
 // settled statement.
 #include "Check.h"
 
+#include "CheckCommunity.h"
+
 #include <algorithm>
 #include <map>
 #include <optional>
@@ -179,6 +181,27 @@ KnownDivergence const kKnown[] = {
      "a dynamic prefix list is resent without removing it first, so a prefix-list name cleared "
      "since it was last sent stays in the engine",
      clearedListName},
+    // Community lists and the community clauses of route maps.
+    {"community-set-name-shared",
+     "entries of two lists whose names and numbers run together (entry 2 of a1, entry 12 of a) "
+     "share one community set; the entry written last holds it",
+     sharedSetNameCovers},
+    {"community-clause-objects-left",
+     "a removed route map, or a community clause removed from a sequence already sent, leaves "
+     "its private community lists and sets in the engine",
+     leftClauseObjectCovers},
+    {"community-list-user-stale",
+     "a sequence stays recorded as a user of a community list under the set it had when first "
+     "sent; a change of that list rebuilds the clause from that set",
+     staleListUserCovers},
+    {"community-list-removed-while-away",
+     "a community list or entry removed while an input was taken away stays in the engine, with "
+     "its exact twin: the new reactor only sends what is there",
+     communityListRemovedWhileAwayCovers},
+    {"community-entry-incomplete-in-clause",
+     "an entry made at version zero refreshes no clause, yet a clause rebuilt since copies it "
+     "into its private list",
+     incompleteEntryCovers},
 };
 
 // The policy-map lines only one side holds that no known divergence covers,
@@ -257,8 +280,8 @@ Rib::EngineModel freshReplay(Inputs const& inputs, L3::VrfName const& vrf,
   root->dynPfxListConfigIs(inputs.dynPfxListConfig);
   root->policyMapIs(inputs.policyMap);
   if (policyMapState) *policyMapState = RoutingPolicyMap::stateText(*inputs.policyMap);
-  // What the tear-down sends (dynamic prefix lists delete themselves) is no
-  // part of the replay.
+  // What the tear-down sends (dynamic prefix lists delete themselves,
+  // community sets go) is no part of the replay.
   Rib::EngineModel replayed = model;
   // The live root is current again before the fresh one is torn down, and
   // the tear-down still goes to this model.

@@ -122,8 +122,9 @@ Row const kInputStatements[] = {
 /// list them. A new kind adds its table here.
 std::span<Rows const> statementTables() {
   static Rows const tables[] = {
-      routeMapStatements(),          peerFilterStatements(), asPathStatements(),
-      dynamicPrefixListStatements(), policyMapStatements(),  kInputStatements,
+      routeMapStatements(),      peerFilterStatements(),        asPathStatements(),
+      communityListStatements(), dynamicPrefixListStatements(), policyMapStatements(),
+      kInputStatements,
   };
   return tables;
 }

@@ -142,5 +142,17 @@ Rows peerFilterStatements();
 Rows policyMapStatements();
 Rows dynamicPrefixListStatements();
 Rows asPathStatements();
+Rows communityListStatements();
+
+// ---- community values, as route-map sets and community lists write them
+
+/// `count` numbers separated by colons, the whole of `text`.
+std::optional<std::vector<long long>> numbersOf(std::string_view text, std::size_t count);
+/// "AA:NN", a 32-bit number, or no-export, no-advertise, local-as.
+Acl::CommunityValue standardValue(Words& w);
+/// "rt|soo|lbw AA:NN" or "W:W".
+Acl::CommunityValue extendedValue(Words& w);
+/// "A:B:C".
+Acl::CommunityValue largeValue(Words& w);
 
 }  // namespace Scenario

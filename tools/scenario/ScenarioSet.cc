@@ -185,7 +185,10 @@ SetAction unsetValue(Words& w) {
 }
 
 // Communities: "AA:NN" standard, "rt|soo|lbw AA:NN" or "W:W" extended,
-// "A:B:C" large, or "list NAME..." for named community lists.
+// "A:B:C" large, or "list NAME..." for named community lists. The value
+// readers are shared with the community-list statements.
+
+}  // namespace
 
 std::optional<std::vector<long long>> numbersOf(std::string_view text, std::size_t count) {
   std::vector<long long> out;
@@ -263,6 +266,8 @@ Acl::CommunityValue largeValue(Words& w) {
   return {static_cast<U32>((*triple)[0]), static_cast<U32>((*triple)[1]),
           static_cast<U32>((*triple)[2])};
 }
+
+namespace {
 
 /// The community set of a clause: an optional mode word (unless `fixed`),
 /// then values or `list NAME...`; `none` sets an empty set.

@@ -130,6 +130,21 @@ inline std::string seqLines(std::string const& map, Orb::U32 seqno, bool permit 
          "ExtCommSetLinkBwOpts [" + seq + " 601] 29:reset\n";
 }
 
+/// The community clean-up a route map's version sends first for each of its
+/// sequences: the private lists and sets of every clause kind, each committed.
+inline std::string seqCommCleanup(std::string const& map, Orb::U32 seqno) {
+  std::string const id = map + std::to_string(seqno);
+  auto list = [](std::string const& name) {
+    return "delCommunityList [512 528 529=\"/policy/commlist " + name + "\"] delete\ncommit\n";
+  };
+  auto set = [](char const* node, std::string const& name) {
+    return std::string("delCommunitySet [512 ") + node + "=\"/policy/commset " + name +
+           "\"] delete\ncommit\n";
+  };
+  return list(".cl" + id + "ar") + set("524 525", ".cs" + id + "ar") + list(".cl" + id + "del") +
+         set("524 525", ".cs" + id + "del") + set("526 527", ".e" + id) + set("631 632", ".l" + id);
+}
+
 /// Runs `body` with every trace line on standard error, so a death test can
 /// expect the error line that comes before an assertion. Meant to be the
 /// statement of EXPECT_DEATH, so the sink never outlives the dying child.

@@ -17,16 +17,18 @@ using MatchTest = TesselTest::CogTest;
 
 /// A rule of `option` whose every field holds a recognisable value.
 MatchRule ruleOf(Orb::U32 option, bool invert) {
-  return {.option = Routing::RouteMap::MatchOption(option),
-          .strValue = "L",
-          .intValue = 2,
-          .ipAddr = Kiwi::IpAddr::fromString("10.0.0.1"),
-          .ip6Addr = Kiwi::Ip6Addr::fromString("2001:db8::1"),
-          .rangeHigh = 9,
-          .commListSet = {},
-          .pathLengthFirst = 3,
-          .pathLengthSecond = 4,
-          .invert = invert};
+  MatchRule rule{.option = Routing::RouteMap::MatchOption(option),
+                 .strValue = "L",
+                 .intValue = 2,
+                 .ipAddr = Kiwi::IpAddr::fromString("10.0.0.1"),
+                 .ip6Addr = Kiwi::Ip6Addr::fromString("2001:db8::1"),
+                 .rangeHigh = 9,
+                 .commListSet = {},
+                 .pathLengthFirst = 3,
+                 .pathLengthSecond = 4,
+                 .invert = invert};
+  rule.commListSet.nameIs("L");
+  return rule;
 }
 
 struct Row {
@@ -86,9 +88,12 @@ std::vector<Row> dispatchTable() {
       {128, cmd("aggAttrMapName", "635", "0:flag=false 36:str=\"L\""),
        cmd("aggAttrMapName", "635", "0:flag=true 36:str=\"L\"")}};
   // Community options reach their own handlers, never the string table that
-  // lists 103 too, and send nothing yet; unknown options neither.
-  for (Orb::U32 option : {103, 104, 127, 125, 999})
-    rows.push_back(unaffected(option, ""));
+  // lists 103 too.
+  rows.push_back(flagged(103, cmd("commList", "585=\"L\"", "13:str=\"L\"")));
+  rows.push_back(flagged(104, cmd("extCommList", "629=\"L\"", "14:str=\"L\"")));
+  rows.push_back(flagged(127, cmd("largeCommList", "634=\"L\"", "35:str=\"L\"")));
+  rows.push_back(flagged(125, cmd("CommInstances", "625=2", "31:u32=2 32:u32=9")));
+  rows.push_back(unaffected(999, ""));
   return rows;
 }
 

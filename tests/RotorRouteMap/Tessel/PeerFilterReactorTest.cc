@@ -39,7 +39,10 @@ TEST_F(PeerFilterReactorTest, PeerFilterAndRouteMapOfOneNameAreTwoEngineMaps) {
   auto rm = routeMapConfig->routeMapIs("f1");
   rm->mapEntryIs(10);
   rm->versionInc();
-  EXPECT_EQ(deleteMap("f1") + "commit\ncommit\n" + resend("f1", 10), sent());
+  EXPECT_EQ(deleteMap("f1") + "commit\ncommit\n" + TesselTest::seqCommCleanup("f1", 10) +
+                resend("f1", 10),
+            sent())
+      << "unlike the filter, the route map cleans up its sequence's community objects";
 }
 
 TEST_F(PeerFilterReactorTest, SequenceChangesWaitForTheVersion) {

@@ -20,6 +20,21 @@ std::string resend(bool permit = true) {
   return deleteMap("R") + "commit\n" + seqLines("R", 10, permit) + "commit\n";
 }
 
+// The community clean-up of one sequence of "R": the private lists and sets
+// of both variants, then the extended and large sets, each committed.
+std::string commCleanUp(Orb::U32 seqno = 10) {
+  std::string const seq = std::to_string(seqno);
+  auto del = [](std::string const& op, std::string const& node, std::string const& name) {
+    return op + " [512 " + node + "=\"/policy/" + name + "\"] delete\ncommit\n";
+  };
+  return del("delCommunityList", "528 529", "commlist .clR" + seq + "ar") +
+         del("delCommunitySet", "524 525", "commset .csR" + seq + "ar") +
+         del("delCommunityList", "528 529", "commlist .clR" + seq + "del") +
+         del("delCommunitySet", "524 525", "commset .csR" + seq + "del") +
+         del("delCommunitySet", "526 527", "commset .eR" + seq) +
+         del("delCommunitySet", "631 632", "commset .lR" + seq);
+}
+
 class RouteMapReactorTest : public TesselTest::RootTest {
  protected:
   RouteMapReactorTest() {
@@ -45,7 +60,10 @@ TEST_F(RouteMapReactorTest, NewMapIsSentWholeAndSequenceChangesWaitForTheVersion
   map->mapEntry(10)->permitIs(Acl::deny);
   EXPECT_EQ("", sent());
   map->versionInc();
-  EXPECT_EQ(resend(false), sent());
+  EXPECT_EQ(commCleanUp() + resend(false), sent())
+      << "the sequence seen since the last resend is cleaned up first";
+  map->versionInc();
+  EXPECT_EQ(resend(false), sent()) << "and only once";
 }
 
 TEST_F(RouteMapReactorTest, VersionResendsOnEveryNotificationEvenUnchanged) {
@@ -57,13 +75,14 @@ TEST_F(RouteMapReactorTest, VersionResendsOnEveryNotificationEvenUnchanged) {
 TEST_F(RouteMapReactorTest, RemovingOneSequenceDeletesItAlone) {
   auto map = sentMap("R", {10, 20});
   map->mapEntryDel(10);
-  EXPECT_EQ("deleteRouteMap [" + TesselTest::seqPath() + "] delete\ncommit\n", sent());
+  EXPECT_EQ("deleteRouteMap [" + TesselTest::seqPath() + "] delete\ncommit\n" + commCleanUp(),
+            sent());
   EXPECT_EQ(nullptr, sm()->orbRouteMap("R")->seqMapEntry(10));
 }
 
 TEST_F(RouteMapReactorTest, RemovingLastSequenceDeletesTheMap) {
   sentMap("R", {10})->mapEntryDel(10);
-  EXPECT_EQ(deleteMap("R") + "commit\n", sent());
+  EXPECT_EQ(deleteMap("R") + "commit\n" + commCleanUp(), sent());
 }
 
 TEST_F(RouteMapReactorTest, RemovingMapDeletesItWithoutSequenceDeletes) {

@@ -1,0 +1,129 @@
+// Community-list entries written at their versions, deleted as they go, and
+// every change passed on to the route-map clauses that copied the list.
+#include "Tessel/OrbCommunityList.h"
+
+#include <cstdint>
+#include <vector>
+
+#include "Orb/Trace.h"
+#include "Tessel/AclListConfigSm.h"
+#include "Tessel/Cog.h"
+#include "Tessel/TraceLevels.h"
+
+namespace Tessel {
+
+using Acl::CommunityList;
+using Acl::CommunityListEntry;
+
+// ---- OrbCommunityList
+
+OrbCommunityList::OrbCommunityList(Orb::Ptr<CommunityList const> list, AclListConfigSm* owner)
+    : list_(std::move(list)), owner_(owner), notifiee_(this, list_) {
+  notifiee_.hasNotificationActiveIs(true);
+  handleCommunityListEntry();
+  auto const& entries = list_->communityListEntry();
+  communityListEntry_.delUnless([&](Orb::U32 seqno) { return entries.contains(seqno); });
+  for (auto const& [seqno, entry] : entries)
+    communityListEntryIs(entry);
+}
+
+L3::VrfName const& OrbCommunityList::vrfName() const noexcept {
+  return owner_->vrfName();
+}
+
+void OrbCommunityList::handleCommunityListEntry(Orb::U32 seqno) {
+  ORB_TRACE(traceHandler, "void Tessel::OrbCommunityList::handleCommunityListEntry(U32 seqno)"
+                              << " name: " << name() << " seqno: " << seqno
+                              << " vrf: " << vrfName());
+  if (list_->communityListEntry().contains(seqno)) {
+    commSetNameIs(seqno, true);
+    return;
+  }
+  auto cog = cogFactory(vrfName());
+  cog->doDelCommunityListEntry(name(), seqno);
+  cog->refreshCommListUsersOf(name());
+  cog->doCommit();
+  commSetNameDel(seqno);
+}
+
+void OrbCommunityList::handleCommunityListEntry() {
+  auto const& entries = list_->communityListEntry();
+  std::vector<Orb::U32> seqnos;
+  seqnos.reserve(entries.size());
+  for (auto const& kv : entries)
+    seqnos.push_back(kv.first);
+  for (Orb::U32 seqno : seqnos)
+    handleCommunityListEntry(seqno);
+}
+
+void OrbCommunityList::deleteListCommSets() {
+  ORB_TRACE(traceHandler, "void Tessel::OrbCommunityList::deleteListCommSets()"
+                              << " name: " << name() << " vrf: " << vrfName());
+  auto cog = cogFactory(vrfName());
+  for (auto const& [seqno, present] : commSetName_) {
+    Orb::String const setName = Cog::getCommunitySetName(name(), seqno);
+    cog->doDelCommSet(setName, Acl::communityStandard);
+    cog->doDelCommSet(setName, Acl::communityExtended);
+    cog->doDelCommSet(setName, Acl::communityLarge);
+  }
+}
+
+void OrbCommunityList::handleDel() {
+  deleteListCommSets();
+}
+
+void OrbCommunityList::communityListEntryIs(Orb::Ptr<CommunityListEntry const> const& entry) {
+  if (OrbCommunityListEntry* existing = communityListEntry_.find(entry->seqno());
+      existing && existing->communityListEntry() == entry) {
+    return;
+  }
+  communityListEntry_.insert(entry->seqno(), Orb::make<OrbCommunityListEntry>(entry, this));
+}
+
+void OrbCommunityList::communityListEntryDel(Orb::U32 seqno) {
+  communityListEntry_.del(seqno);
+}
+
+void OrbCommunityList::communityListEntryDelAll() {
+  communityListEntry_.delAll();
+}
+
+void OrbCommunityList::ListNotifiee::onOwnerAttribute(Orb::AttributeId attribute,
+                                                      Orb::Key const& key) {
+  if (attribute != CommunityList::communityListEntry_ || !key.isU32()) return;
+  OrbCommunityList* list = owner();
+  Orb::U32 const seqno = key.u32();
+  list->handleCommunityListEntry(seqno);
+  if (auto entry = list->list_->communityListEntry(seqno)) {
+    list->communityListEntryIs(entry);
+  } else {
+    list->communityListEntryDel(seqno);
+  }
+}
+
+// ---- OrbCommunityListEntry
+
+OrbCommunityListEntry::OrbCommunityListEntry(Orb::Ptr<CommunityListEntry const> entry,
+                                             OrbCommunityList* owner)
+    : entry_(std::move(entry)), owner_(owner), notifiee_(this, entry_) {
+  notifiee_.hasNotificationActiveIs(true);
+  handleVersion();
+}
+
+void OrbCommunityListEntry::handleVersion() {
+  ORB_TRACE(traceCommand, "void Tessel::OrbCommunityListEntry::handleVersion()"
+                              << " name: " << owner_->name() << " seqno: " << seqno()
+                              << " version: " << entry_->version());
+  if (entry_->version() == 0) return;
+  auto cog = cogFactory(owner_->vrfName());
+  cog->doAddCommunityListEntry(owner_->name(), *entry_);
+  cog->refreshCommListUsersOf(owner_->name());
+  cog->doCommit();
+}
+
+void OrbCommunityListEntry::EntryNotifiee::onOwnerAttribute(Orb::AttributeId attribute,
+                                                            Orb::Key const&) {
+  if (attribute == CommunityListEntry::version_) owner()->handleVersion();
+}
+
+}  // namespace Tessel
