@@ -3,6 +3,7 @@
 
 #include "Orb/Trace.h"
 #include "Orb/TypeRegistry.h"
+#include "Tessel/AclConfigSm.h"
 #include "Tessel/AclListConfigSm.h"
 #include "Tessel/RouteMapConfigSm.h"
 #include "Tessel/TraceLevels.h"
@@ -40,6 +41,7 @@ void VrfStatusSm::handleInitialized() {
   L3::VrfName vrfName = rmRoot ? rmRoot->vrfName() : vrfName_;
   routeMapConfigSmIs(routeMapConfig_, vrfName, policyMap_);
   aclListConfigSmIs(aclListConfig_, vrfName);
+  aclConfigSmIs(aclConfig_, vrfName);
   initializedIs(true);
 }
 
@@ -69,6 +71,18 @@ void VrfStatusSm::aclListConfigSmIs(Root::AclListConfigPtr const& config,
     return;
   }
   childIs(aclListChild, aclListConfigSmFactory(config, vrfName));
+}
+
+AclConfigSm* VrfStatusSm::aclConfigSm() const noexcept {
+  return static_cast<AclConfigSm*>(child(aclChild));
+}
+
+void VrfStatusSm::aclConfigSmIs(Root::AclConfigPtr const& config, L3::VrfName const& vrfName) {
+  if (AclConfigSm* sm = aclConfigSm();
+      sm && sm->aclConfig() == config && sm->vrfName() == vrfName) {
+    return;
+  }
+  childIs(aclChild, Orb::make<AclConfigSm>(config, vrfName));
 }
 
 void VrfStatusSm::childIs(Child slot, Orb::Ptr<Orb::Reactor> reactor) {
