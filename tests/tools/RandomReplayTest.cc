@@ -49,11 +49,14 @@ constexpr char const* kClauses[] = {
 
 class Generator {
  public:
-  explicit Generator(unsigned seed) : rng_(seed) {}
+  explicit Generator(unsigned seed) : rng_(seed), listRng_(seed ^ 0x9e3779b9u) {}
 
   Step next() {
     // An input given back soon, as the machinery is frozen while it is away.
     if (!away_.empty() && below(3) == 0) return {"input " + std::exchange(away_, "") + " on"};
+    // Lists draw from a stream of their own, so the route-map steps of a seed
+    // stay what they were before lists came.
+    if (std::uniform_int_distribution<int>(0, 3)(listRng_) == 0) return withRng(listRng_);
     int const r = below(100);
     if (r < 35 || maps_.empty()) {
       std::string const map = fill("{A|B|C}");
@@ -86,6 +89,60 @@ class Generator {
   }
 
  private:
+  /// Prefix lists of both families (with one IPv4 list under an IPv6 list's
+  /// engine name) and access lists of every kind.
+  Step listStep() {
+    int const r = below(100);
+    if (r < 30) {
+      std::string const family = fill("{ip|ip|ipv6}");
+      std::string const list = family + " prefix-list " + fill("{P1|P2|P2|.ipv6.P2}");
+      std::string const prefix =
+          family == "ip" ? fill("10.{0..3}.0.0/{8..24}") : fill("2001:db8:{0..3}::/{32..64}");
+      lists_.insert(list);
+      listsChanged_.insert(list);
+      return {fill(list + " seq {5|10|15} {permit|permit|deny|action 7} " + prefix +
+                   "{|| ge {0..40}}{|| le {0..40}}")};
+    }
+    if (r < 50 && !listsChanged_.empty()) {
+      auto it = std::next(listsChanged_.begin(), below(listsChanged_.size()));
+      std::string const list = *it;
+      listsChanged_.erase(it);
+      return {"version " + list};
+    }
+    if (r < 58 && !lists_.empty()) {
+      std::string const list = *std::next(lists_.begin(), below(lists_.size()));
+      listsChanged_.insert(list);
+      return {fill("no " + list + " seq {5|10|15}")};
+    }
+    if (r < 62) {
+      std::string const list = fill("{ip|ipv6} prefix-list {P1|P2|.ipv6.P2}");
+      lists_.erase(list);
+      listsChanged_.erase(list);
+      return {"no " + list};
+    }
+    if (r < 64) {
+      std::string const list = fill("{ip|ipv6} prefix-list P3");
+      lists_.insert(list);
+      return {list};
+    }
+    if (r < 90) {
+      Step step{fill("ip access-list {standard|standard|standard|extended} {A1|A2}")};
+      for (int n = 1 + below(2); n > 0; --n) {
+        step.push_back(
+            fill("  {seq {10|20|30} {permit|permit|deny|action {2|5}} "
+                 "{10.{0..3}.0.0/16|any|host 10.0.0.1|10.1.0.0 255.255.0.0}|"
+                 "seq {10|20|30} {permit|deny} any|no seq {10|20}|seq 40 missing-rule|"
+                 "no current-configuration}"));
+      }
+      return step;
+    }
+    if (r < 95) {
+      return {fill("{ipv6 access-list|mac access-list|access-list type 9} standard B"),
+              "  seq 10 permit any"};
+    }
+    return {fill("{no ip access-list {A1|A2}|no ip access-list A1|no access-list type ip}")};
+  }
+
   int below(std::size_t n) {
     return std::uniform_int_distribution<int>(0, static_cast<int>(n) - 1)(rng_);
   }
@@ -113,9 +170,20 @@ class Generator {
     return std::string(options[below(options.size())]);
   }
 
+  /// A list step, drawn from `rng`.
+  Step withRng(std::mt19937& rng) {
+    std::swap(rng, rng_);
+    Step step = listStep();
+    std::swap(rng, rng_);
+    return step;
+  }
+
   std::mt19937 rng_;
+  std::mt19937 listRng_;
   std::set<std::string> maps_;
-  std::set<std::string> changed_;  // since their last version
+  std::set<std::string> changed_;       // since their last version
+  std::set<std::string> lists_;         // prefix lists, "ip prefix-list P1"
+  std::set<std::string> listsChanged_;  // since their last version
   std::string away_;
 };
 

@@ -139,11 +139,11 @@ TEST(ScenarioLanguage, RefusesBadLinesSayingWhereAndWhatWasExpected) {
   };
   Case const cases[] = {
       {"frobnicate R\n",
-       "t.scenario:1: expected a statement (vrf, route-map, no, version, route-map-mode, input, "
-       "match, set, sub-route-map), got 'frobnicate'"},
+       "t.scenario:1: expected a statement (vrf, route-map, no, version, route-map-mode, ip, ipv6, "
+       "mac, access-list, input, match, set, sub-route-map, seq), got 'frobnicate'"},
       {"no frob R\n",
-       "t.scenario:1: expected one of no route-map, no match, no set, no sub-route-map, got "
-       "'frob'"},
+       "t.scenario:1: expected one of no route-map, no ip, no ipv6, no mac, no access-list, no "
+       "match, no set, no sub-route-map, no seq, no current-configuration, got 'frob'"},
       {"route-map R permit ten\n", "t.scenario:1: expected sequence number, got 'ten'"},
       {"route-map R allow 10\n", "t.scenario:1: expected permit or deny, got 'allow'"},
       {"version R now\n", "t.scenario:1: expected end of line, got 'now'"},
@@ -156,7 +156,7 @@ TEST(ScenarioLanguage, RefusesBadLinesSayingWhereAndWhatWasExpected) {
        "t.scenario:3: expected a 'route-map NAME permit|deny SEQ' line before 'set'"},
       {"route-map R permit 10\n  version R\n",
        "t.scenario:2: expected 'version' at the start of the line (only match, set and "
-       "sub-route-map clauses are indented)"},
+       "sub-route-map clauses and access-list rules are indented)"},
       {"vrf blue\nroute-map R permit 10\nvrf red\n",
        "t.scenario:3: expected 'vrf' before every other statement"},
       {"route-map R permit 10\n  set next-hop 10.0.0.256\n",

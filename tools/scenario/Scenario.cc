@@ -123,6 +123,8 @@ Row const kInputStatements[] = {
 std::span<Rows const> statementTables() {
   static Rows const tables[] = {
       routeMapStatements(),
+      prefixListStatements(),
+      aclStatements(),
       kInputStatements,
   };
   return tables;
@@ -215,9 +217,15 @@ Entry const& entryOf(Words& w, Context const& c) {
       firsts += (firsts.empty() ? "" : ", ") + std::string(words.front());
     }
     if (words.size() < 2 || words.front() != w.peek()) continue;
-    alternatives += alternatives.empty() ? "" : ", ";
-    alternatives += std::string(words[0]) + " " + std::string(words[1]);
+    std::string const pair = std::string(words[0]) + " " + std::string(words[1]);
+    // Several kinds may share the first two words ("no ip prefix-list",
+    // "no ip access-list"); each pair is named once.
+    if (("|" + alternatives + "|").find("|" + pair + "|") != std::string::npos) continue;
+    alternatives += alternatives.empty() ? "" : "|";
+    alternatives += pair;
   }
+  for (std::size_t bar; (bar = alternatives.find('|')) != std::string::npos;)
+    alternatives.replace(bar, 1, ", ");
   if (!alternatives.empty()) {
     w.take("");
     if (w.atEnd()) throw Refusal("expected one of " + alternatives + ", got end of line");

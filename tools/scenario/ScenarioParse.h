@@ -138,5 +138,7 @@ struct Context {
 
 // Each configuration kind's top-level statements, listed in Scenario.cc.
 Rows routeMapStatements();
+Rows prefixListStatements();
+Rows aclStatements();
 
 }  // namespace Scenario
