@@ -201,4 +201,33 @@ TEST(ScenarioLanguage, RefusesValuesTheLibraryWouldAbortOn) {
   }
 }
 
+TEST(ScenarioLanguage, RefusesBadListAndAclLines) {
+  struct Case {
+    char const* text;
+    char const* message;
+  };
+  Case const cases[] = {
+      {"ip prefix-list P seq 10 permit 10.0.0.0/33\n",
+       "t.scenario:1: expected an IPv4 prefix A.B.C.D/L, got '10.0.0.0/33': length: "},
+      {"ip prefix-list P 10 permit 10.0.0.0/8\n",
+       "t.scenario:1: expected 'seq' or end of line, got '10'"},
+      {"ipv6 prefix-list P seq 1 allow ::/0\n",
+       "t.scenario:1: expected permit, deny or action N, got 'allow'"},
+      {"ip access-list standard A\n  seq 10 permit any vni 16777216\n",
+       "t.scenario:2: expected a VNI: IpFilterBase::vni < 0 or > 16777215 not allowed"},
+      {"ip access-list standard A\n  seq 10 permit 10.0.0.0 0.0.255.255\n",
+       "t.scenario:2: expected a source (A.B.C.D/L, A.B.C.D MASK, host A.B.C.D or any), got "
+       "'10.0.0.0': "},
+      {"access-list type 4294967295 standard A\n",
+       "t.scenario:1: expected an ACL type (ip, ipv6, mac or a number below 2147483648), got "
+       "'4294967295'"},
+      {"seq 10 permit any\n",
+       "t.scenario:1: expected an 'ip access-list standard|extended NAME' line before 'seq'"},
+  };
+  for (auto const& c : cases) {
+    std::string const refusal = refusalOf(c.text);
+    EXPECT_EQ(0u, refusal.rfind(c.message, 0)) << c.text << refusal;
+  }
+}
+
 }  // namespace
