@@ -12,7 +12,6 @@ namespace Tessel {
 namespace {
 Orb::TypeRegistration aclConfigSmType({"Tessel::AclConfigSm", {}, {}});
 Orb::TypeRegistration ipAclConfigSmType({"Tessel::IpAclConfigSm", {}, {}});
-Orb::TypeRegistration orbAclType({"Tessel::OrbAcl", {}, {}});
 }  // namespace
 
 // ---- AclConfigSm
@@ -49,16 +48,12 @@ void AclConfigSm::handleConfig(Acl::AclType type) {
 
 void AclConfigSm::ipConfigSmIs(Orb::Ptr<Acl::AclTypeConfig const> const& config) {
   if (ipConfigSm_ && ipConfigSm_->ipConfig() == config) return;
-  ipConfigSmDel();
   ipConfigSm_ = Orb::make<IpAclConfigSm>(config, vrfName_);
   ipConfigSm_->hasNotificationActiveIs(true);
 }
 
 Orb::Ptr<IpAclConfigSm> AclConfigSm::ipConfigSmDel() {
-  Orb::Ptr<IpAclConfigSm> gone = std::move(ipConfigSm_);
-  ipConfigSm_ = nullptr;
-  if (gone) gone->hasNotificationActiveIs(false);
-  return gone;
+  return ipConfigSm_.take();
 }
 
 void AclConfigSm::OrbAclConfig::onOwnerAttribute(Orb::AttributeId attribute, Orb::Key const& key) {

@@ -62,7 +62,7 @@ class AclConfigSm : public Orb::Reactor {
   Root::AclConfigPtr aclConfig_;
   L3::VrfName vrfName_;
   OrbAclConfig configNotifiee_;
-  Orb::Ptr<IpAclConfigSm> ipConfigSm_;
+  Orb::ReactorSlot<IpAclConfigSm> ipConfigSm_;
   IpPart ipPart_{this};
   bool initialized_ = false;
 };
