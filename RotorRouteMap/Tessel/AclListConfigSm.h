@@ -12,6 +12,7 @@
 #pragma once
 
 #include "Orb/Reactor.h"
+#include "Tessel/OrbPathList.h"
 #include "Tessel/OrbPrefixList.h"
 #include "Tessel/Root.h"
 
@@ -68,6 +69,27 @@ class AclListConfigSm : public Orb::Reactor {
   void handlePathList(Orb::String const& name);
   /// Every AS-path list, once the reactor is initialized.
   void handlePathList();
+  // A mode change (and the reactor's making) empties the engine of AS-path
+  // lists with a synchronous commit, sends the mode with a commit, then sends
+  // each list node, with its entries while all are valid under the mode, in
+  // one commit. A list node is sent, or removed, with a commit as the list
+  // appears or goes; entries are the list reactors' work.
+
+  /// Removes every configured AS-path list from the engine, then commits
+  /// synchronously and once more.
+  void unconfigureAllAspathAcls();
+  /// Whether every entry of the list `name` is valid under the configured
+  /// mode; true for a list that is not configured. A query: the reactors
+  /// keep their own account.
+  bool aspathListValidRegex(Orb::String const& name) const;
+
+  OrbPathList* orbPathList(Orb::Name const& name) const { return orbPathList_.find(name); }
+  std::size_t orbPathLists() const noexcept { return orbPathList_.size(); }
+  /// Makes the reactor of `list` unless one already watches that list.
+  void pathListIs(Orb::Ptr<Acl::AsPathList const> const& list);
+  /// Removes the reactor of `name`; sends nothing.
+  void pathListDel(Orb::Name const& name);
+  void pathListDelAll();
 
   // ---- community side (AclListConfigSmCommunity.cc)
 
@@ -100,6 +122,9 @@ class AclListConfigSm : public Orb::Reactor {
   Orb::ReactorColl<Orb::Name, OrbPrefixList> orbPrefixList_{this};
   Orb::ReactorColl<Orb::Name, OrbIpv6PrefixList> orbIpv6PrefixList_{this};
   // AS-path side state
+  /// reevaluatePathList on every list reactor, in name order.
+  void reevaluatePathLists();
+  Orb::ReactorColl<Orb::Name, OrbPathList> orbPathList_{this};
 
   // community side state
 

@@ -181,6 +181,23 @@ class Cog : public Orb::Object {
   void addRmClauseToCommListUsers(Orb::String const& mapName, U32 seqno,
                                   Orb::Ptr<Routing::RouteMap::CommunitySet const> const& commSet);
 
+  // AS-path access lists and the AS-path regular-expression mode. Lists are
+  // keyed by "/policy/asplist " + name, entries by seqno + "/asplist/entry".
+  // None of these commits.
+
+  /// Makes the list node; its value carries the plain name.
+  void doAddAsPathList(Orb::String const& name);
+  /// Removes the list node with whatever entries the engine holds under it.
+  void doDeleteAsPathList(Orb::String const& name);
+  /// Writes one entry. The origin goes as 256 plus one bit per known origin
+  /// (none for an unknown one); a deny entry carries no action at all.
+  void doAddAsPathListEntry(Orb::String const& name, U32 seqno, Acl::MatchPermit permit,
+                            Orb::String const& regex, Acl::BGPOrigin origin);
+  void doDelAsPathListEntry(Orb::String const& name, U32 seqno);
+  /// The dialect the engine compiles AS-path expressions in: mode 1 is the
+  /// engine's 2, every other mode its 1.
+  void doAsPathRegexMode(Acl::RegexMode mode);
+
  private:
   L3::VrfName vrfName_;
   /// Carried for the engine command library; no operation reads it.

@@ -3,6 +3,7 @@
 // the regular-expression mode of AS-path entries.
 #pragma once
 
+#include "Acl/AsPathList.h"
 #include "Acl/Enums.h"
 #include "Acl/PrefixList.h"
 #include "Orb/Entity.h"
@@ -65,6 +66,16 @@ class AclListConfig : public Orb::Entity {
 
   // ---- AS-path lists
 
+  Lists<AsPathList> const& asPathList() const noexcept { return asPathLists_; }
+  Orb::Ptr<AsPathList> asPathList(Orb::Name const& name) const {
+    return listOf(asPathLists_, name);
+  }
+  /// The list `name`, made (and notified) when absent.
+  Orb::Ptr<AsPathList> asPathListIs(Orb::Name const& name) {
+    return listIs(asPathLists_, name, asPathList_);
+  }
+  void asPathListDel(Orb::Name name) { listDel(asPathLists_, std::move(name), asPathList_); }
+
   // ---- community lists
 
  private:
@@ -100,6 +111,7 @@ class AclListConfig : public Orb::Entity {
   Lists<PrefixList> prefixLists_;
   Lists<Ipv6PrefixList> ipv6PrefixLists_;
   // AS-path list collection
+  Lists<AsPathList> asPathLists_;
 
   // community list collection
 };

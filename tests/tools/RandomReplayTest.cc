@@ -57,6 +57,7 @@ class Generator {
     // Lists draw from a stream of their own, so the route-map steps of a seed
     // stay what they were before lists came.
     if (std::uniform_int_distribution<int>(0, 3)(listRng_) == 0) return withRng(listRng_);
+    if (below(4) == 0) return asPathStep();
     int const r = below(100);
     if (r < 35 || maps_.empty()) {
       std::string const map = fill("{A|B|C}");
@@ -143,6 +144,28 @@ class Generator {
     return {fill("{no ip access-list {A1|A2}|no ip access-list A1|no access-list type ip}")};
   }
 
+  /// An AS-path list entry (with an expression valid under both modes, one,
+  /// or none), a version, a removal, or a mode change.
+  Step asPathStep() {
+    int const r = below(100);
+    if (r < 40 || pathLists_.empty()) {
+      std::string const list = fill("{P|Q}");
+      pathLists_.insert(list);
+      return {fill("as-path-list " + list +
+                   " {10|20|30} {permit|deny} {_1_|_1_|(?:2)|65000)|(4}"
+                   "{|| origin {igp|egp|incomplete|3}}{||| valid {none|0|1|both}}")};
+    }
+    std::string const list = *std::next(pathLists_.begin(), below(pathLists_.size()));
+    if (r < 70) return {"version as-path-list " + list};
+    if (r < 80) return {fill("no as-path-list " + list + " {10|20|30}")};
+    if (r < 85) {
+      pathLists_.erase(list);
+      return {"no as-path-list " + list};
+    }
+    if (r < 88) return {"as-path-list " + list};
+    return {fill("as-path-regex-mode {asn|string|0|1|2}")};
+  }
+
   int below(std::size_t n) {
     return std::uniform_int_distribution<int>(0, static_cast<int>(n) - 1)(rng_);
   }
@@ -184,6 +207,7 @@ class Generator {
   std::set<std::string> changed_;       // since their last version
   std::set<std::string> lists_;         // prefix lists, "ip prefix-list P1"
   std::set<std::string> listsChanged_;  // since their last version
+  std::set<std::string> pathLists_;
   std::string away_;
 };
 
@@ -240,6 +264,19 @@ Steps shrink(Steps steps, Plant const& plant) {
       }
     }
     if (chunk == 1 && !dropped) break;
+  }
+  // Steps that only run together (a list and its version, say) go in pairs;
+  // what is left by now is short, so trying every pair is cheap.
+  for (bool dropped = true; dropped;) {
+    dropped = false;
+    for (std::size_t i = 0; i < steps.size() && !dropped; ++i) {
+      for (std::size_t j = i + 1; j < steps.size() && !dropped; ++j) {
+        Steps candidate = steps;
+        candidate.erase(candidate.begin() + static_cast<std::ptrdiff_t>(j));
+        candidate.erase(candidate.begin() + static_cast<std::ptrdiff_t>(i));
+        dropped = keepIfFails(std::move(candidate));
+      }
+    }
   }
   for (std::size_t s = 0; s < steps.size(); ++s) {
     for (std::size_t line = steps[s].size(); line-- > 1;) {

@@ -140,10 +140,12 @@ TEST(ScenarioLanguage, RefusesBadLinesSayingWhereAndWhatWasExpected) {
   Case const cases[] = {
       {"frobnicate R\n",
        "t.scenario:1: expected a statement (vrf, route-map, no, version, route-map-mode, ip, ipv6, "
-       "mac, access-list, input, match, set, sub-route-map, seq), got 'frobnicate'"},
+       "mac, access-list, as-path-list, as-path-regex-mode, input, match, set, sub-route-map, "
+       "seq), got 'frobnicate'"},
       {"no frob R\n",
-       "t.scenario:1: expected one of no route-map, no ip, no ipv6, no mac, no access-list, no "
-       "match, no set, no sub-route-map, no seq, no current-configuration, got 'frob'"},
+       "t.scenario:1: expected one of no route-map, no ip, no ipv6, no mac, no access-list, "
+       "no as-path-list, no match, no set, no sub-route-map, no seq, no current-configuration, "
+       "got 'frob'"},
       {"route-map R permit ten\n", "t.scenario:1: expected sequence number, got 'ten'"},
       {"route-map R allow 10\n", "t.scenario:1: expected permit or deny, got 'allow'"},
       {"version R now\n", "t.scenario:1: expected end of line, got 'now'"},

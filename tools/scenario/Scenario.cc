@@ -122,10 +122,8 @@ Row const kInputStatements[] = {
 /// list them. A new kind adds its table here.
 std::span<Rows const> statementTables() {
   static Rows const tables[] = {
-      routeMapStatements(),
-      prefixListStatements(),
-      aclStatements(),
-      kInputStatements,
+      routeMapStatements(), prefixListStatements(), aclStatements(),
+      asPathStatements(),   kInputStatements,
   };
   return tables;
 }

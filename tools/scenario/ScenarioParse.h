@@ -140,5 +140,6 @@ struct Context {
 Rows routeMapStatements();
 Rows prefixListStatements();
 Rows aclStatements();
+Rows asPathStatements();
 
 }  // namespace Scenario

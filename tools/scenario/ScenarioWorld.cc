@@ -11,6 +11,7 @@ namespace Scenario {
 World::World(Options options)
     : options_(std::move(options)), previousSink_(Rib::engineSinkIs(&sink_)) {
   listRecordsClear();
+  if (options_.shadow) asPathHoldBack_ = std::make_unique<AsPathHoldBack>(shadow_.aclListConfig);
   root_ = Tessel::rootFactory("root");
   root_->vrfNameIs(options_.vrf);
   for (std::size_t i = 0; i < inputCount; ++i)
@@ -54,6 +55,7 @@ void World::inputIs(Input input, bool present) {
       break;
   }
   present_[index(input)] = present;
+  if (asPathHoldBack_) asPathHoldBack_->upIs(allPresent());
 }
 
 void World::apply(Statement const& statement) {

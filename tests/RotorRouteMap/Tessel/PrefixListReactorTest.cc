@@ -166,7 +166,7 @@ TEST_F(PrefixListReactorTest, ExistingListsAreReplayedWhenAnInputComesBack) {
                     addEntry("P", 30, "8:flag=true 0:ip=10.2.0.0 2:u32=16 6:u32=16 7:u32=16") +
                     addEntry("P", 40, "8:flag=true 0:ip=10.4.0.0 2:u32=16 6:u32=16 7:u32=16") +
                     "commit\n") +
-      "commit\n";
+      "commit\n" + "commit\n";  // the AS-path lists, sent at initialization
   std::string const stream = sent();
   // The route-map reactor's mode comes first.
   auto const at = stream.find("doAddIpPrefixList");
