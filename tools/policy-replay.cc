@@ -2,12 +2,14 @@
 // a root for its VRF and prints the engine command stream the library sends.
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <iostream>
 #include <string>
 #include <string_view>
 
 #include "Check.h"
 #include "Orb/Trace.h"
+#include "PolicyGraph.h"
 #include "Rib/CommandText.h"
 
 namespace {
@@ -20,7 +22,12 @@ constexpr std::string_view kUsage =
     "\n"
     "options:\n"
     "  --trace LEVEL  trace lines up to LEVEL (0-9) on standard error\n"
-    "  --state        after the stream, '# engine state' and the engine's state\n"
+    "  --state        after the stream, '# engine state' and the engine's state,\n"
+    "                 then '# policy map' and the policy map's entries\n"
+    "  --policy-map   print each change of the policy map in the stream, where\n"
+    "                 it happens, as a 'policy-map ...' line\n"
+    "  --graph FILE   write the policy references (sub-route-maps, dynamic prefix\n"
+    "                 lists, match maps, requesters) to FILE as a Graphviz graph\n"
     "  --check        after every settled statement, compare the engine state\n"
     "                 with a fresh replay of the configuration; report the first\n"
     "                 divergence and exit 1\n"
@@ -44,6 +51,8 @@ struct Options {
   int trace = -1;
   bool state = false;
   bool check = false;
+  bool policyMap = false;
+  std::string graph;
   std::string scenario;
 };
 
@@ -63,6 +72,11 @@ Options optionsOf(int argc, char** argv) {
       o.state = true;
     } else if (arg == "--check") {
       o.check = true;
+    } else if (arg == "--policy-map") {
+      o.policyMap = true;
+    } else if (arg == "--graph") {
+      if (++i == argc) usageError("--graph needs a file");
+      o.graph = argv[i];
     } else if (arg == "--trace") {
       if (++i == argc) usageError("--trace needs a level");
       std::string_view level = argv[i];
@@ -102,12 +116,25 @@ int main(int argc, char** argv) {
   {
     Scenario::World world({scenario.vrf, options.check});
     std::size_t printed = 0;
+    std::size_t policyPrinted = 0;
     // Printing after every statement keeps the stream next to the trace and
-    // shows what was sent before a failure.
+    // shows what was sent before a failure. A policy-map change goes before
+    // the first command sent after it.
     auto flush = [&] {
       auto const& records = world.recording().records();
-      for (; printed < records.size(); ++printed)
-        std::cout << Rib::commandLine(records[printed]) << '\n';
+      auto const& changes = world.policyMapChanges();
+      for (;;) {
+        bool const change = options.policyMap && policyPrinted < changes.size();
+        if (change && changes[policyPrinted].position <= printed) {
+          std::cout << changes[policyPrinted++].line << '\n';
+        } else if (printed < records.size()) {
+          std::cout << Rib::commandLine(records[printed++]) << '\n';
+        } else if (change) {
+          std::cout << changes[policyPrinted++].line << '\n';
+        } else {
+          break;
+        }
+      }
       std::cout.flush();
     };
     flush();
@@ -131,7 +158,19 @@ int main(int argc, char** argv) {
         std::cerr << "policy-replay: check passed; settled states compared: " << result.checks
                   << '\n';
       }
-      if (options.state) std::cout << "# engine state\n" << world.model().stateText();
+      if (options.state) {
+        std::cout << "# engine state\n"
+                  << world.model().stateText() << "# policy map\n"
+                  << RoutingPolicyMap::stateText(*world.live().policyMap);
+      }
+      if (!options.graph.empty()) {
+        std::ofstream out(options.graph);
+        out << Scenario::policyGraph(world.live());
+        if (!out) {
+          std::cerr << "policy-replay: cannot write " << options.graph << '\n';
+          status = 2;
+        }
+      }
     } catch (Scenario::ScenarioError const& e) {
       std::cerr << e.what() << '\n';
       status = 2;

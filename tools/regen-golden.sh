@@ -14,7 +14,13 @@ if [[ ! -x $tool ]]; then
 fi
 for scenario in "$root"/tests/golden/*.scenario; do
   expected=${scenario%.scenario}.expected
-  if ! errors=$("$tool" --check "$scenario" 2>&1 >"$expected.new"); then
+  # A first line "# policy-replay: OPTIONS" adds OPTIONS to the run.
+  options=()
+  first=$(head -n 1 "$scenario")
+  if [[ $first == "# policy-replay: "* ]]; then
+    read -r -a options <<<"${first#\# policy-replay: }"
+  fi
+  if ! errors=$("$tool" --check "${options[@]}" "$scenario" 2>&1 >"$expected.new"); then
     rm -f "$expected.new"
     echo "$errors" >&2
     echo "regen-golden: $scenario did not run clean; nothing rewritten for it" >&2

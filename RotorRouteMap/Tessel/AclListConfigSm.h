@@ -122,7 +122,7 @@ class AclListConfigSm : public Orb::Reactor {
   Orb::ReactorColl<Orb::Name, OrbPrefixList> orbPrefixList_{this};
   Orb::ReactorColl<Orb::Name, OrbIpv6PrefixList> orbIpv6PrefixList_{this};
   // AS-path side state
-  /// reevaluatePathList on every list reactor, in name order.
+  /// reevaluatePathList on every list reactor, in the collection's order.
   void reevaluatePathLists();
   Orb::ReactorColl<Orb::Name, OrbPathList> orbPathList_{this};
 

@@ -2,9 +2,6 @@
 // AS-path lists. A mode change passes through an engine without any AS-path
 // list, synchronously committed, so no expression is ever held under the
 // wrong mode.
-#include <algorithm>
-#include <vector>
-
 #include "Orb/Trace.h"
 #include "Tessel/AclListConfigSm.h"
 #include "Tessel/Cog.h"
@@ -69,10 +66,10 @@ void AclListConfigSm::handlePathList() {
 }
 
 void AclListConfigSm::reevaluatePathLists() {
-  // In name order, so the stream does not depend on the collection's hashing.
-  std::vector<Orb::Name> names = orbPathList_.keys();
-  std::sort(names.begin(), names.end());
-  for (Orb::Name const& name : names) {
+  // The list reactors' own order, which is their collection's hash order of
+  // names: unlike the removals above, this walks the reactors, not the
+  // configuration.
+  for (Orb::Name const& name : orbPathList_.keys()) {
     if (OrbPathList* pl = orbPathList_.find(name)) pl->reevaluatePathList();
   }
 }

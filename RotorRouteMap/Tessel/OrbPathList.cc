@@ -32,7 +32,7 @@ OrbPathList::OrbPathList(Orb::Ptr<AsPathList const> list, AclListConfigSm* owner
 
 void OrbPathList::handlePathEntry(Orb::U32 seqno) {
   ORB_TRACE(traceHandler, "void Tessel::OrbPathList::handlePathEntry(U32 seqno)"
-                              << " name: " << name() << " seqno: " << seqno);
+                              << " seqno: " << seqno);
   auto cog = cogFactory(owner_->vrfName());
   AsPathEntry const* entry = list_->pathEntry(seqno);
   if (!entry) {

@@ -2,16 +2,23 @@
 // sequence removals, map removals and the set-operation mode.
 #include "Tessel/RouteMapConfigSm.h"
 
+#include <string>
+#include <utility>
+
 #include "Orb/Trace.h"
 #include "Orb/TypeRegistry.h"
 #include "Tessel/Cog.h"
+#include "Tessel/PolicyReasons.h"
 #include "Tessel/TraceLevels.h"
+#include "Tessel/UpdatePolicyMap.h"
 
 namespace Tessel {
 
 using Routing::RouteMap::Config;
 using Routing::RouteMap::Map;
 using Routing::RouteMap::MapEntry;
+using Routing::RouteMap::MatchOption;
+using RoutingPolicyMap::CliMode;
 
 namespace {
 Orb::TypeRegistration configSmType({"Tessel::RouteMapConfigSm", {}, {}});
@@ -73,6 +80,19 @@ void RouteMapConfigSm::handleRouteMap(Orb::String const& name) {
 void RouteMapConfigSm::handlePolicyMapRouteMap(Orb::String const& name) {
   ORB_TRACE(traceHandler, "void Tessel::RouteMapConfigSm::handlePolicyMapRouteMap(Orb::String name)"
                               << " name: " << name);
+  OrbRouteMap* rm = orbRouteMap_.find(name);
+  if (!rm) return;
+  bool const listed = policyMap_->routeMap(name) != nullptr;
+  // A snapshot: registering may run this handler again for other maps.
+  for (Orb::U32 seqno : rm->seqMapEntryKeys()) {
+    OrbSeqMapEntry* seq = rm->seqMapEntry(seqno);
+    if (!seq) continue;
+    if (listed) {
+      seq->addReferredPoliciesToPolicyMap();
+    } else {
+      seq->deleteReferredPoliciesFromPolicyMap();
+    }
+  }
 }
 
 void RouteMapConfigSm::routeMapIs(Orb::Ptr<Map const> const& map) {
@@ -113,8 +133,11 @@ void RouteMapConfigSm::OrbRouteMapConfig::onOwnerAttribute(Orb::AttributeId attr
   }
 }
 
-void RouteMapConfigSm::OrbPolicyMap::onOwnerAttribute(Orb::AttributeId, Orb::Key const& key) {
-  if (key.isName()) owner()->handlePolicyMapRouteMap(key.name());
+void RouteMapConfigSm::OrbPolicyMap::onOwnerAttribute(Orb::AttributeId attribute,
+                                                      Orb::Key const& key) {
+  if (attribute == RoutingPolicyMap::PolicyMap::routeMap_) {
+    owner()->handlePolicyMapRouteMap(Orb::Name(key.name()));
+  }
 }
 
 // ---- OrbRouteMap
@@ -223,19 +246,142 @@ void OrbRouteMap::MapNotifiee::onOwnerAttribute(Orb::AttributeId attribute, Orb:
 // ---- OrbSeqMapEntry
 
 OrbSeqMapEntry::OrbSeqMapEntry(Orb::Ptr<MapEntry const> entry, OrbRouteMap* owner)
-    : entry_(std::move(entry)), owner_(owner) {
+    : entry_(std::move(entry)), owner_(owner), notifiee_(this, entry_) {
+  notifiee_.hasNotificationActiveIs(true);
   handleInitialized();
+}
+
+Orb::String OrbSeqMapEntry::configKey() const {
+  return owner_->name() + " seqNo " + std::to_string(seqno()).c_str();
+}
+
+bool OrbSeqMapEntry::mapListed() const {
+  return owner_->owner()->policyMap()->routeMap(owner_->name()) != nullptr;
 }
 
 void OrbSeqMapEntry::handleInitialized() {
   ORB_TRACE(traceHandler, "void Tessel::OrbSeqMapEntry::handleInitialized()"
                               << " rmName: " << owner_->name() << " seqNo: " << seqno());
+  addReferredPoliciesToPolicyMap();
   initialized_ = true;
 }
 
 void OrbSeqMapEntry::handleDel() {
   ORB_TRACE(traceHandler, "void Tessel::OrbSeqMapEntry::handleDel()"
                               << " rmName: " << owner_->name() << " seqNo: " << seqno());
+  deleteReferredPoliciesFromPolicyMap();
+}
+
+void OrbSeqMapEntry::handleMatchRule(MatchOption option) {
+  ORB_TRACE(traceHandler,
+            "void Tessel::OrbSeqMapEntry::handleMatchRule(Routing::RouteMap::MatchOption matchOp)"
+                << " rmName: " << owner_->name() << " seqNo: " << seqno()
+                << " matchOp: " << Orb::U32(option));
+  if (!mapListed()) return;
+  bool const v4 = option == Routing::RouteMap::matchDynamicPrefixList;
+  if (!v4 && option != Routing::RouteMap::matchIpv6DynamicPrefixList) return;
+  Routing::RouteMap::MatchRule const* rule = entry_->matchRule(option);
+  Orb::String const current = rule ? rule->strValue : Orb::String();
+  Orb::String& prev = v4 ? prevV4Dpl_ : prevV6Dpl_;
+  updatePolicyMapDpl(RoutingPolicyMap::cliModeRouteMap,
+                     v4 ? pmapRmapNestedV4Dpl : pmapRmapNestedV6Dpl, configKey(), prev, current);
+  prev = current;
+}
+
+void OrbSeqMapEntry::handleSubRouteMap() {
+  ORB_TRACE(traceHandler, "void Tessel::OrbSeqMapEntry::handleSubRouteMap()"
+                              << " seqNo: " << seqno()
+                              << " subRouteMap: " << entry_->subRouteMap());
+  if (!mapListed()) return;
+  Orb::String const current = entry_->subRouteMap();
+  updatePolicyMapRouteMap(RoutingPolicyMap::cliModeRouteMap, pmapRmapNestedRmap, configKey(),
+                          prevSubRouteMap_, current);
+  prevSubRouteMap_ = current;
+}
+
+namespace {
+// Registers under `curr`, then withdraws from a different `prev`.
+void moveReference(RoutingPolicyMap::PolicyType type, CliMode mode, Orb::String const& configCli,
+                   Orb::String const& configKey, Orb::Ptr<RoutingPolicyMap::PolicyMap> const& pmap,
+                   Orb::String const& prev, Orb::String const& curr) {
+  if (!curr.empty()) {
+    updatePolicyMap(type, RoutingPolicyMap::pluginTypeRouting, mode, configCli, configKey, pmap,
+                    curr, false);
+  }
+  if (!prev.empty() && prev != curr) {
+    updatePolicyMap(type, RoutingPolicyMap::pluginTypeRouting, mode, configCli, configKey, pmap,
+                    prev, true);
+  }
+}
+}  // namespace
+
+void OrbSeqMapEntry::updatePolicyMapDpl(CliMode mode, Orb::String const& configCli,
+                                        Orb::String const& configKey,
+                                        Orb::String const& prevDplName,
+                                        Orb::String const& currDplName) {
+  ORB_TRACE(traceHandler,
+            "void Tessel::OrbSeqMapEntry::updatePolicyMapDpl(RoutingPolicyMap::CliMode mode, "
+            "Orb::String configCli, Orb::String configKey, Orb::String prevDplName, Orb::String "
+            "currDplName)"
+                << " mode: " << Orb::U32(mode) << " configCli: " << configCli << " configKey: "
+                << configKey << " prevDplName: " << prevDplName << " currDplName: " << currDplName);
+  moveReference(RoutingPolicyMap::policyTypeDynamicPrefixList, mode, configCli, configKey,
+                owner_->owner()->policyMap(), prevDplName, currDplName);
+}
+
+void OrbSeqMapEntry::updatePolicyMapRouteMap(CliMode mode, Orb::String const& configCli,
+                                             Orb::String const& configKey,
+                                             Orb::String const& prevSubRmName,
+                                             Orb::String const& currSubRmName) {
+  ORB_TRACE(traceHandler,
+            "void Tessel::OrbSeqMapEntry::updatePolicyMapRouteMap(RoutingPolicyMap::CliMode mode, "
+            "Orb::String configCli, Orb::String configKey, Orb::String prevSubRmName, Orb::String "
+            "currSubRmName)"
+                << " mode: " << Orb::U32(mode) << " configCli: " << configCli
+                << " configKey: " << configKey << " prevSubRmName: " << prevSubRmName
+                << " currSubRmName: " << currSubRmName);
+  moveReference(RoutingPolicyMap::policyTypeRouteMap, mode, configCli, configKey,
+                owner_->owner()->policyMap(), prevSubRmName, currSubRmName);
+}
+
+void OrbSeqMapEntry::addReferredPoliciesToPolicyMap() {
+  ORB_TRACE(traceHandler, "void Tessel::OrbSeqMapEntry::addReferredPoliciesToPolicyMap()"
+                              << " rmName: " << owner_->name() << " seqNo: " << seqno());
+  std::vector<Orb::U32> options;
+  options.reserve(entry_->matchRule().size());
+  for (auto const& kv : entry_->matchRule())
+    options.push_back(kv.first);
+  for (Orb::U32 option : options)
+    handleMatchRule(MatchOption(option));
+  handleSubRouteMap();
+}
+
+void OrbSeqMapEntry::deleteReferredPoliciesFromPolicyMap() {
+  ORB_TRACE(traceHandler, "void Tessel::OrbSeqMapEntry::deleteReferredPoliciesFromPolicyMap()"
+                              << " rmName: " << owner_->name() << " seqNo: " << seqno());
+  Orb::String const key = configKey();
+  // Cleared before the withdrawal: it may come back here through the
+  // notifications it causes.
+  Orb::String const v4 = std::exchange(prevV4Dpl_, Orb::String());
+  Orb::String const v6 = std::exchange(prevV6Dpl_, Orb::String());
+  Orb::String const sub = std::exchange(prevSubRouteMap_, Orb::String());
+  updatePolicyMapDpl(RoutingPolicyMap::cliModeRouteMap, pmapRmapNestedV4Dpl, key, v4, "");
+  updatePolicyMapDpl(RoutingPolicyMap::cliModeRouteMap, pmapRmapNestedV6Dpl, key, v6, "");
+  updatePolicyMapRouteMap(RoutingPolicyMap::cliModeRouteMap, pmapRmapNestedRmap, key, sub, "");
+}
+
+void OrbSeqMapEntry::EntryNotifiee::onOwnerAttribute(Orb::AttributeId attribute,
+                                                     Orb::Key const& key) {
+  switch (attribute) {
+    case MapEntry::matchRule_:
+      owner()->handleMatchRule(MatchOption(key.u32()));
+      break;
+    case MapEntry::subRouteMap_:
+      owner()->handleSubRouteMap();
+      break;
+    default:
+      break;
+  }
 }
 
 }  // namespace Tessel

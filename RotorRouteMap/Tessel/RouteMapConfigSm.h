@@ -1,17 +1,22 @@
 // The route-map reactor of one VRF.
 //
 // Watches: the route-map configuration (its maps by name and the set-operation
-// mode), each map (its sequences and its version) and the policy map.
+// mode), each map (its sequences and its version), each sequence (its match
+// rules and sub-route-map) and the policy map's route-map collection.
 // Sends: the set-operation mode with a commit at construction and on every
 // change of it; a map whole (delete, commit, insert, commit) when its reactor
 // is made and on every notification of its version; the removal of a single
 // sequence, or of the map when its last sequence goes, with a commit; the
 // removal of a map that left the configuration, with a commit. A new or
 // changed sequence is not sent by itself: it goes with the next version.
+// Writes: while a map is listed in the policy map, each sequence registers the
+// sub-route-map and dynamic prefix lists it names there, and withdraws them
+// when they change, the sequence goes or the map stops being listed.
 #pragma once
 
 #include "Orb/HashMap.h"
 #include "Orb/Reactor.h"
+#include "RoutingPolicyMap/Types.h"
 #include "Tessel/Root.h"
 
 namespace Tessel {
@@ -39,8 +44,9 @@ class RouteMapConfigSm : public Orb::Reactor {
   /// Deletes the map `name` from the engine when the configuration no
   /// longer holds it; a present map is sent by its own reactor.
   void handleRouteMap(Orb::String const& name);
-  /// A change of the policy map's route-map references at `name`; the
-  /// references of listed maps are not tracked yet.
+  /// A change of the policy map's route-map collection at `name`: a map that
+  /// became listed registers its sequences' references, one that stopped
+  /// being listed withdraws them.
   void handlePolicyMapRouteMap(Orb::String const& name);
 
   /// Makes the reactor of `map` unless one already watches that map.
@@ -84,6 +90,8 @@ class OrbRouteMap : public Orb::Reactor {
 
   OrbSeqMapEntry* seqMapEntry(Orb::U32 seqno) const { return seqMapEntry_.find(seqno); }
   std::size_t seqMapEntries() const noexcept { return seqMapEntry_.size(); }
+  /// The sequence numbers with a reactor, as a snapshot.
+  std::vector<Orb::U32> seqMapEntryKeys() const { return seqMapEntry_.keys(); }
 
   /// Resends the whole map: delete, commit, insert, commit.
   void handleMapVersion();
@@ -122,8 +130,9 @@ class OrbRouteMap : public Orb::Reactor {
   Orb::HashMap<Orb::U32, bool> commSetName_;
 };
 
-/// The reactor of one sequence of a route map; it keeps what the sequence
-/// has registered in the policy map.
+/// The reactor of one sequence of a route map. It watches its entry's match
+/// rules and sub-route-map, and keeps what the sequence has registered in the
+/// policy map, which is the only memory of what to withdraw.
 class OrbSeqMapEntry : public Orb::Reactor {
  public:
   OrbSeqMapEntry(Orb::Ptr<Routing::RouteMap::MapEntry const> entry, OrbRouteMap* owner);
@@ -133,14 +142,52 @@ class OrbSeqMapEntry : public Orb::Reactor {
   OrbRouteMap* owner() const noexcept { return owner_; }
   bool initialized() const noexcept { return initialized_; }
 
+  /// The names last registered; empty when nothing is.
+  Orb::String const& prevV4DynamicPrefixList() const noexcept { return prevV4Dpl_; }
+  Orb::String const& prevV6DynamicPrefixList() const noexcept { return prevV6Dpl_; }
+  Orb::String const& prevSubRouteMap() const noexcept { return prevSubRouteMap_; }
+  /// "NAME seqNo N": the key of every reason this sequence registers.
+  Orb::String configKey() const;
+
+  /// Registers the sequence's present references when its map is listed.
   void handleInitialized();
+  /// Moves the dynamic prefix-list reference of a match rule of `option` to
+  /// the entry's present value; other options refer to nothing.
+  void handleMatchRule(Routing::RouteMap::MatchOption option);
+  /// Moves the sub-route-map reference to the entry's present value.
+  void handleSubRouteMap();
+  /// Registers `curr` before withdrawing a different `prev`, so a policy
+  /// that both name never leaves the policy map in between.
+  void updatePolicyMapDpl(RoutingPolicyMap::CliMode mode, Orb::String const& configCli,
+                          Orb::String const& configKey, Orb::String const& prevDplName,
+                          Orb::String const& currDplName);
+  /// As updatePolicyMapDpl, in the route-map collection.
+  void updatePolicyMapRouteMap(RoutingPolicyMap::CliMode mode, Orb::String const& configCli,
+                               Orb::String const& configKey, Orb::String const& prevSubRmName,
+                               Orb::String const& currSubRmName);
+  void addReferredPoliciesToPolicyMap();
+  /// Withdraws everything this sequence registered.
+  void deleteReferredPoliciesFromPolicyMap();
 
  protected:
   void handleDel() override;
 
  private:
+  class EntryNotifiee final : public Orb::ReactorNotifiee<OrbSeqMapEntry> {
+   public:
+    using ReactorNotifiee::ReactorNotifiee;
+    void onOwnerAttribute(Orb::AttributeId attribute, Orb::Key const& key) override;
+  };
+
+  /// Whether the policy map lists this sequence's map.
+  bool mapListed() const;
+
   Orb::Ptr<Routing::RouteMap::MapEntry const> entry_;
   OrbRouteMap* owner_;
+  EntryNotifiee notifiee_;
+  Orb::String prevV4Dpl_;
+  Orb::String prevV6Dpl_;
+  Orb::String prevSubRouteMap_;
   bool initialized_ = false;
 };
 

@@ -3,8 +3,10 @@
 
 #include "Orb/Trace.h"
 #include "Orb/TypeRegistry.h"
+#include "RibDynamicPrefixList/DynPfxConfigSm.h"
 #include "Tessel/AclConfigSm.h"
 #include "Tessel/AclListConfigSm.h"
+#include "Tessel/PeerFilterConfigSm.h"
 #include "Tessel/RouteMapConfigSm.h"
 #include "Tessel/TraceLevels.h"
 
@@ -40,8 +42,10 @@ void VrfStatusSm::handleInitialized() {
   // are checked against.
   L3::VrfName vrfName = rmRoot ? rmRoot->vrfName() : vrfName_;
   routeMapConfigSmIs(routeMapConfig_, vrfName, policyMap_);
+  peerFilterConfigSmIs(peerFilterConfig_, vrfName);
   aclListConfigSmIs(aclListConfig_, vrfName);
   aclConfigSmIs(aclConfig_, vrfName);
+  dynPfxConfigSmIs(dynPfxListConfig_, policyMap_);
   initializedIs(true);
 }
 
@@ -58,6 +62,31 @@ void VrfStatusSm::routeMapConfigSmIs(Root::RouteMapConfigPtr const& config,
     return;
   }
   childIs(routeMapChild, routeMapConfigSmFactory(config, vrfName, policyMap));
+}
+
+PeerFilterConfigSm* VrfStatusSm::peerFilterConfigSm() const noexcept {
+  return static_cast<PeerFilterConfigSm*>(child(peerFilterChild));
+}
+
+void VrfStatusSm::peerFilterConfigSmIs(Root::PeerFilterConfigPtr const& config,
+                                       L3::VrfName const& vrfName) {
+  if (PeerFilterConfigSm* sm = peerFilterConfigSm();
+      sm && sm->peerFilterConfig() == config && sm->vrfName() == vrfName) {
+    return;
+  }
+  childIs(peerFilterChild, Orb::make<PeerFilterConfigSm>(config, vrfName));
+}
+
+RibDynamicPrefixList::DynPfxConfigSm* VrfStatusSm::dynPfxConfigSm() const noexcept {
+  return static_cast<RibDynamicPrefixList::DynPfxConfigSm*>(child(dynPfxChild));
+}
+
+void VrfStatusSm::dynPfxConfigSmIs(Root::DynPfxListConfigPtr const& config,
+                                   Root::PolicyMapPtr const& policyMap) {
+  if (auto* sm = dynPfxConfigSm(); sm && sm->config() == config && sm->policyMap() == policyMap) {
+    return;
+  }
+  childIs(dynPfxChild, RibDynamicPrefixList::dynPfxConfigSmFactory(config, policyMap));
 }
 
 AclListConfigSm* VrfStatusSm::aclListConfigSm() const noexcept {

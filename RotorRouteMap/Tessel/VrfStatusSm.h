@@ -10,9 +10,14 @@
 #include "Orb/Reactor.h"
 #include "Tessel/Root.h"
 
+namespace RibDynamicPrefixList {
+class DynPfxConfigSm;
+}
+
 namespace Tessel {
 
 class RouteMapConfigSm;
+class PeerFilterConfigSm;
 class AclListConfigSm;
 class AclConfigSm;
 
@@ -43,6 +48,14 @@ class VrfStatusSm : public Orb::Reactor {
   void routeMapConfigSmIs(Root::RouteMapConfigPtr const& config, L3::VrfName const& vrfName,
                           Root::PolicyMapPtr const& policyMap);
 
+  PeerFilterConfigSm* peerFilterConfigSm() const noexcept;
+  /// As routeMapConfigSmIs, for the peer-filter reactor.
+  void peerFilterConfigSmIs(Root::PeerFilterConfigPtr const& config, L3::VrfName const& vrfName);
+
+  RibDynamicPrefixList::DynPfxConfigSm* dynPfxConfigSm() const noexcept;
+  /// As routeMapConfigSmIs, for the dynamic prefix-list reactor (no VRF).
+  void dynPfxConfigSmIs(Root::DynPfxListConfigPtr const& config,
+                        Root::PolicyMapPtr const& policyMap);
   AclListConfigSm* aclListConfigSm() const noexcept;
   /// Creates the list reactor (keeping an existing one made with the same
   /// arguments) and switches its notifications on.

@@ -17,8 +17,8 @@
 
 namespace {
 
-/// One random change: a route-map line with its clauses, or one top-level
-/// statement. Shrinking removes whole steps, so a clause never loses its
+/// One random change: a route-map or peer-filter line with its clauses, or
+/// one top-level statement. Shrinking removes whole steps, so a clause never loses its
 /// route-map line.
 using Step = std::vector<std::string>;
 using Steps = std::vector<Step>;
@@ -46,18 +46,25 @@ constexpr char const* kClauses[] = {
     "community|next-hop unchanged}",
     "{sub-route-map {A|B|C}|no sub-route-map}",
 };
+// Only with the other kinds, so route-map-only runs stay as they were.
+constexpr char const* kDynamicPrefixListClause =
+    "{match {ip|ipv6} address dynamic prefix-list D{1..2}|no match ip address dynamic prefix-list}";
 
 class Generator {
  public:
-  explicit Generator(unsigned seed) : rng_(seed), listRng_(seed ^ 0x9e3779b9u) {}
+  /// Without `otherKinds`, route maps only.
+  Generator(unsigned seed, bool otherKinds)
+      : rng_(seed), listRng_(seed ^ 0x9e3779b9u), otherKinds_(otherKinds) {}
 
   Step next() {
     // An input given back soon, as the machinery is frozen while it is away.
     if (!away_.empty() && below(3) == 0) return {"input " + std::exchange(away_, "") + " on"};
     // Lists draw from a stream of their own, so the route-map steps of a seed
     // stay what they were before lists came.
-    if (std::uniform_int_distribution<int>(0, 3)(listRng_) == 0) return withRng(listRng_);
+    if (otherKinds_ && std::uniform_int_distribution<int>(0, 3)(listRng_) == 0)
+      return withRng(listRng_);
     if (below(4) == 0) return asPathStep();
+    if (otherKinds_ && below(4) == 0) return otherKind();
     int const r = below(100);
     if (r < 35 || maps_.empty()) {
       std::string const map = fill("{A|B|C}");
@@ -65,7 +72,7 @@ class Generator {
       changed_.insert(map);
       Step step{fill("route-map " + map + " {permit|permit|permit|deny} {10|20|30}")};
       for (int n = below(3); n > 0; --n)
-        step.push_back("  " + fill(kClauses[below(std::size(kClauses))]));
+        step.push_back("  " + fill(clause()));
       return step;
     }
     std::string map = *std::next(maps_.begin(), below(maps_.size()));
@@ -99,31 +106,31 @@ class Generator {
       std::string const list = family + " prefix-list " + fill("{P1|P2|P2|.ipv6.P2}");
       std::string const prefix =
           family == "ip" ? fill("10.{0..3}.0.0/{8..24}") : fill("2001:db8:{0..3}::/{32..64}");
-      lists_.insert(list);
-      listsChanged_.insert(list);
+      prefixLists_.insert(list);
+      prefixListsChanged_.insert(list);
       return {fill(list + " seq {5|10|15} {permit|permit|deny|action 7} " + prefix +
                    "{|| ge {0..40}}{|| le {0..40}}")};
     }
-    if (r < 50 && !listsChanged_.empty()) {
-      auto it = std::next(listsChanged_.begin(), below(listsChanged_.size()));
+    if (r < 50 && !prefixListsChanged_.empty()) {
+      auto it = std::next(prefixListsChanged_.begin(), below(prefixListsChanged_.size()));
       std::string const list = *it;
-      listsChanged_.erase(it);
+      prefixListsChanged_.erase(it);
       return {"version " + list};
     }
-    if (r < 58 && !lists_.empty()) {
-      std::string const list = *std::next(lists_.begin(), below(lists_.size()));
-      listsChanged_.insert(list);
+    if (r < 58 && !prefixLists_.empty()) {
+      std::string const list = *std::next(prefixLists_.begin(), below(prefixLists_.size()));
+      prefixListsChanged_.insert(list);
       return {fill("no " + list + " seq {5|10|15}")};
     }
     if (r < 62) {
       std::string const list = fill("{ip|ipv6} prefix-list {P1|P2|.ipv6.P2}");
-      lists_.erase(list);
-      listsChanged_.erase(list);
+      prefixLists_.erase(list);
+      prefixListsChanged_.erase(list);
       return {"no " + list};
     }
     if (r < 64) {
       std::string const list = fill("{ip|ipv6} prefix-list P3");
-      lists_.insert(list);
+      prefixLists_.insert(list);
       return {list};
     }
     if (r < 90) {
@@ -142,6 +149,60 @@ class Generator {
               "  seq 10 permit any"};
     }
     return {fill("{no ip access-list {A1|A2}|no ip access-list A1|no access-list type ip}")};
+  }
+
+  char const* clause() {
+    std::size_t const n = std::size(kClauses) + (otherKinds_ ? 1 : 0);
+    std::size_t const i = static_cast<std::size_t>(below(n));
+    return i < std::size(kClauses) ? kClauses[i] : kDynamicPrefixListClause;
+  }
+
+  /// Peer filters, dynamic prefix lists and listing in the policy map.
+  Step otherKind() {
+    int const r = below(100);
+    if (r < 20 || (r < 40 && filters_.empty())) {
+      std::string const filter = fill("F{1..2}");
+      filters_.insert(filter);
+      changedFilters_.insert(filter);
+      Step step{fill("peer-filter " + filter + " {permit|deny} {10|20}")};
+      for (int n = below(3); n > 0; --n)
+        step.push_back("  " + fill(clause()));
+      return step;
+    }
+    if (r < 40) {
+      std::string filter = *std::next(filters_.begin(), below(filters_.size()));
+      if (r < 32) {
+        if (!changedFilters_.empty() && below(5)) filter = *changedFilters_.begin();
+        changedFilters_.erase(filter);
+        return {"version peer-filter " + filter};
+      }
+      if (r < 37) {
+        changedFilters_.insert(filter);
+        return {fill("no peer-filter " + filter + " {10|20}")};
+      }
+      filters_.erase(filter);
+      changedFilters_.erase(filter);
+      return {"no peer-filter " + filter};
+    }
+    if (r < 55 || (r < 75 && lists_.empty())) {
+      std::string const list = fill("D{1..2}");
+      lists_.insert(list);
+      changedLists_.insert(list);
+      return {
+          fill("dynamic-prefix-list " + list + "{| ipv4 P{1..2}}{| ipv6 P6}{| match-map {A|B|C}}")};
+    }
+    if (r < 75) {
+      std::string list = *std::next(lists_.begin(), below(lists_.size()));
+      if (r < 70) {
+        if (!changedLists_.empty() && below(5)) list = *changedLists_.begin();
+        changedLists_.erase(list);
+        return {"version dynamic-prefix-list " + list};
+      }
+      lists_.erase(list);
+      changedLists_.erase(list);
+      return {"no dynamic-prefix-list " + list};
+    }
+    return {fill("{list|unlist} {route-map {A|B|C}|dynamic-prefix-list D{1..2}} by n{1..2}")};
   }
 
   /// An AS-path list entry (with an expression valid under both modes, one,
@@ -203,10 +264,15 @@ class Generator {
 
   std::mt19937 rng_;
   std::mt19937 listRng_;
+  bool otherKinds_;
   std::set<std::string> maps_;
-  std::set<std::string> changed_;       // since their last version
-  std::set<std::string> lists_;         // prefix lists, "ip prefix-list P1"
-  std::set<std::string> listsChanged_;  // since their last version
+  std::set<std::string> changed_;  // since their last version
+  std::set<std::string> filters_;
+  std::set<std::string> changedFilters_;
+  std::set<std::string> lists_;
+  std::set<std::string> changedLists_;
+  std::set<std::string> prefixLists_;         // "ip prefix-list P1"
+  std::set<std::string> prefixListsChanged_;  // since their last version
   std::set<std::string> pathLists_;
   std::string away_;
 };
@@ -296,11 +362,12 @@ struct Failure {
 
 /// Searches `total` random steps from `firstSeed` on; the first failure,
 /// shrunk, or nothing.
-std::optional<Failure> search(unsigned firstSeed, std::size_t total, Plant const& plant) {
+std::optional<Failure> search(unsigned firstSeed, std::size_t total, Plant const& plant,
+                              bool otherKinds = true) {
   for (unsigned seed = firstSeed; total > 0; ++seed) {
     std::size_t const count = std::min(total, kStepsPerSeed);
     total -= count;
-    Generator generator(seed);
+    Generator generator(seed, otherKinds);
     Steps steps;
     for (std::size_t i = 0; i < count; ++i)
       steps.push_back(generator.next());
@@ -349,7 +416,8 @@ TEST_F(RandomReplayTest, PlantedFaultShrinksToASequenceWhoseEveryStepMatters) {
   Plant lostMetric = [](Rib::RecordedCommand const& c) {
     return !(c.name == "setIntValue" && !c.values.empty() && c.values.front().tag == 1);
   };
-  auto const failure = search(1, 20 * kStepsPerSeed, lostMetric);
+  // Route maps only, so the search finds the same short sequence it always has.
+  auto const failure = search(1, 20 * kStepsPerSeed, lostMetric, false);
   ASSERT_TRUE(failure) << "no random sequence set a metric and resent it";
   Steps const& shrunk = failure->shrunk;
   ASSERT_LE(2u, shrunk.size()) << failure->text;

@@ -139,13 +139,14 @@ TEST(ScenarioLanguage, RefusesBadLinesSayingWhereAndWhatWasExpected) {
   };
   Case const cases[] = {
       {"frobnicate R\n",
-       "t.scenario:1: expected a statement (vrf, route-map, no, version, route-map-mode, ip, ipv6, "
-       "mac, access-list, as-path-list, as-path-regex-mode, input, match, set, sub-route-map, "
-       "seq), got 'frobnicate'"},
+       "t.scenario:1: expected a statement (vrf, route-map, no, version, route-map-mode, "
+       "peer-filter, ip, ipv6, mac, access-list, as-path-list, as-path-regex-mode, "
+       "dynamic-prefix-list, list, unlist, input, match, set, sub-route-map, seq), got "
+       "'frobnicate'"},
       {"no frob R\n",
-       "t.scenario:1: expected one of no route-map, no ip, no ipv6, no mac, no access-list, "
-       "no as-path-list, no match, no set, no sub-route-map, no seq, no current-configuration, "
-       "got 'frob'"},
+       "t.scenario:1: expected one of no route-map, no peer-filter, no ip, no ipv6, no mac, "
+       "no access-list, no as-path-list, no dynamic-prefix-list, no match, no set, "
+       "no sub-route-map, no seq, no current-configuration, got 'frob'"},
       {"route-map R permit ten\n", "t.scenario:1: expected sequence number, got 'ten'"},
       {"route-map R allow 10\n", "t.scenario:1: expected permit or deny, got 'allow'"},
       {"version R now\n", "t.scenario:1: expected end of line, got 'now'"},
@@ -167,6 +168,12 @@ TEST(ScenarioLanguage, RefusesBadLinesSayingWhereAndWhatWasExpected) {
        "t.scenario:2: expected community AA:NN, got '65536:1'"},
       {"route-map R permit 10\n  match community exact\n",
        "t.scenario:2: expected community-list name, got 'exact'"},
+      {"list route-map R\n", "t.scenario:1: expected 'by REQUESTER', got end of line"},
+      {"list acl R by n1\n", "t.scenario:1: expected route-map or dynamic-prefix-list, got 'acl'"},
+      {"dynamic-prefix-list D ipv5 P\n",
+       "t.scenario:1: expected ipv4, ipv6 or match-map, got 'ipv5'"},
+      {"peer-filter F permit 10\nset metric 1\n",
+       "t.scenario:2: expected 'set' indented under its peer-filter line"},
   };
   for (Case const& c : cases)
     EXPECT_EQ(c.message, refusalOf(c.text)) << c.text;

@@ -4,8 +4,10 @@
 #include "Check.h"
 
 #include <algorithm>
+#include <map>
 #include <optional>
 #include <set>
+#include <sstream>
 
 #include "Orb/Trace.h"
 #include "Rib/CommandText.h"
@@ -82,6 +84,95 @@ bool staleAclCovers(std::vector<Rib::PathElement> const& path, bool incremental,
   return !acl->standard() || !acl->currCfg();
 }
 
+bool staleFilterCovers(std::vector<Rib::PathElement> const& path, bool incremental,
+                       World const& world) {
+  // A peer filter is the route map [512 576=".PEER_FILTER.NAME"].
+  std::string_view const prefix = ".PEER_FILTER.";
+  if (!incremental || path.size() < 2) return false;
+  if (path[0].kind != Kind::pathId || path[0].tag != 512) return false;
+  if (path[1].kind != Kind::stringKey || path[1].tag != 576) return false;
+  std::string_view const name = path[1].text.view();
+  return name.starts_with(prefix) &&
+         world.removedWhileAway(ObjectKind::peerFilter)
+             .contains(Orb::Name(std::string(name.substr(prefix.size()))));
+}
+
+// Policies kept listed by a loop of references: a route map on a cycle of
+// sub-route-maps, dynamic prefix lists and match maps registers the next
+// one, which in the end registers it again, so unlisting it from outside
+// leaves the loop, and all it refers to, listed. A fresh root never starts
+// such a loop. Keyed "r:NAME" for route maps, "d:NAME" for dynamic prefix
+// lists.
+std::set<std::string> loopKept(Inputs const& in) {
+  std::map<std::string, std::vector<std::string>> next;
+  for (auto const& [name, map] : in.routeMapConfig->routeMap()) {
+    auto& out = next["r:" + name.str()];
+    for (auto const& kv : map->mapEntry()) {
+      if (!kv.second->subRouteMap().empty()) out.push_back("r:" + kv.second->subRouteMap().str());
+      for (auto option : {Routing::RouteMap::matchDynamicPrefixList,
+                          Routing::RouteMap::matchIpv6DynamicPrefixList}) {
+        if (auto const* rule = kv.second->matchRule(option))
+          out.push_back("d:" + rule->strValue.str());
+      }
+    }
+  }
+  for (auto const& [name, list] : in.dynPfxListConfig->dynamicPrefixList()) {
+    if (!list->matchMap().empty()) next["d:" + name.str()].push_back("r:" + list->matchMap().str());
+  }
+  auto reach = [&](std::string const& from) {
+    std::set<std::string> seen;
+    std::vector<std::string> todo = next[from];
+    while (!todo.empty()) {
+      std::string n = todo.back();
+      todo.pop_back();
+      if (!seen.insert(n).second) continue;
+      for (auto const& m : next[n])
+        todo.push_back(m);
+    }
+    return seen;
+  };
+  std::set<std::string> kept;
+  std::vector<std::string> nodes;
+  for (auto const& kv : next)
+    nodes.push_back(kv.first);
+  for (auto const& n : nodes) {
+    auto r = reach(n);
+    if (r.contains(n)) kept.insert(r.begin(), r.end());
+  }
+  return kept;
+}
+
+bool loopKeptPolicy(std::string const& line, bool incremental, World const& world) {
+  // TYPE "NAME" ...
+  auto const open = line.find('"');
+  auto const close = line.find('"', open + 1);
+  if (!incremental || open == std::string::npos || close == std::string::npos) return false;
+  std::string const type = line.substr(0, open - 1);
+  std::string const name = line.substr(open + 1, close - open - 1);
+  std::string const key = (type == "routeMap" ? "r:" : type == "dynamicPrefixList" ? "d:" : "?:");
+  return loopKept(world.live()).contains(key + name);
+}
+
+// A dynamic prefix list is [512 627 628="NAME"].
+std::optional<std::string> dynamicPrefixListOf(std::vector<Rib::PathElement> const& path) {
+  if (path.size() < 3 || path[0].kind != Kind::pathId || path[0].tag != 512) return std::nullopt;
+  if (path[1].kind != Kind::pathId || path[1].tag != 627) return std::nullopt;
+  if (path[2].kind != Kind::stringKey || path[2].tag != 628) return std::nullopt;
+  return path[2].text.str();
+}
+
+bool loopKeptList(std::vector<Rib::PathElement> const& path, bool incremental, World const& world) {
+  auto name = dynamicPrefixListOf(path);
+  return incremental && name && loopKept(world.live()).contains("d:" + *name);
+}
+
+bool clearedListName(std::vector<Rib::PathElement> const& path, bool, World const& world) {
+  auto name = dynamicPrefixListOf(path);
+  if (!name) return false;
+  auto list = world.live().dynPfxListConfig->dynamicPrefixList(Orb::Name(*name));
+  return list && (list->ipv4PrefixList().empty() || list->ipv6PrefixList().empty());
+}
+
 /// The AS-path list a node belongs to: [512 534 535="/policy/asplist NAME"]
 /// with entries [536 537=...] below; null for any other node. `entry` asks
 /// for an entry node.
@@ -150,7 +241,56 @@ KnownDivergence const kKnown[] = {
      "entries, until it is removed again with the reactor there or the mode changes while it "
      "is configured: the new reactor only clears the lists that are configured",
      staleAsPathListCovers},
+    // Peer filters.
+    {"peer-filter-removed-while-away",
+     "a peer filter removed while an input was taken away stays in the engine: the new reactor "
+     "only sends the filters that are there",
+     staleFilterCovers},
+    // Policy-map references and dynamic prefix lists.
+    {"references-kept-by-a-loop",
+     "route maps and dynamic prefix lists on a loop of references register each other, so the "
+     "loop and all it refers to stay listed, and sent, after whatever listed it lets go",
+     loopKeptList, loopKeptPolicy},
+    {"dynamic-prefix-list-keeps-a-cleared-name",
+     "a dynamic prefix list is resent without removing it first, so a prefix-list name cleared "
+     "since it was last sent stays in the engine",
+     clearedListName},
 };
+
+// The policy-map lines only one side holds that no known divergence covers,
+// as "-line" (live only) and "+line" (fresh only); the divergences that do
+// cover some go into `used`.
+std::string policyDifference(std::string const& live, std::string const& fresh, World const& world,
+                             std::set<KnownDivergence const*>& used) {
+  auto lines = [](std::string const& text) {
+    std::set<std::string> out;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);)
+      out.insert(line);
+    return out;
+  };
+  std::set<std::string> const a = lines(live);
+  std::set<std::string> const b = lines(fresh);
+  std::string report;
+  auto side = [&](std::set<std::string> const& mine, std::set<std::string> const& theirs,
+                  bool incremental) {
+    for (std::string const& line : mine) {
+      if (theirs.contains(line)) continue;
+      KnownDivergence const* known = nullptr;
+      for (KnownDivergence const& k : kKnown) {
+        if (k.coversPolicy && k.coversPolicy(line, incremental, world)) known = &k;
+      }
+      if (known) {
+        used.insert(known);
+      } else {
+        report += (incremental ? "-" : "+") + line + "\n";
+      }
+    }
+  };
+  side(a, b, true);
+  side(b, a, false);
+  return report;
+}
 
 Rib::RecordedCommand deleteOf(std::vector<Rib::PathElement> const& path) {
   Rib::RecordedCommand command;
@@ -178,7 +318,8 @@ std::span<KnownDivergence const> knownDivergences() {
   return kKnown;
 }
 
-Rib::EngineModel freshReplay(Inputs const& inputs, L3::VrfName const& vrf) {
+Rib::EngineModel freshReplay(Inputs const& inputs, L3::VrfName const& vrf,
+                             std::string* policyMapState) {
   Rib::EngineModel model;
   Rib::ScopedEngineSink installed(model);
   TraceMute mute;
@@ -191,11 +332,15 @@ Rib::EngineModel freshReplay(Inputs const& inputs, L3::VrfName const& vrf) {
   root->aclConfigIs(inputs.aclConfig);
   root->dynPfxListConfigIs(inputs.dynPfxListConfig);
   root->policyMapIs(inputs.policyMap);
+  if (policyMapState) *policyMapState = RoutingPolicyMap::stateText(*inputs.policyMap);
+  // What the tear-down sends (dynamic prefix lists delete themselves) is no
+  // part of the replay.
+  Rib::EngineModel replayed = model;
   // The live root is current again before the fresh one is torn down, and
   // the tear-down still goes to this model.
   Tessel::rmRoot = previous;
   root = nullptr;
-  return model;
+  return replayed;
 }
 
 CheckResult check(World const& world) {
@@ -208,18 +353,25 @@ CheckResult check(World const& world) {
     return result;
   }
   Rib::EngineModel incremental = world.model();
-  Rib::EngineModel fresh = freshReplay(world.shadow(), world.vrf());
-  if (incremental == fresh) return result;
+  std::string freshPolicy;
+  Rib::EngineModel fresh = freshReplay(world.shadow(), world.vrf(), &freshPolicy);
+  std::set<KnownDivergence const*> used;
+  std::string const policyReport = policyDifference(
+      RoutingPolicyMap::stateText(*world.live().policyMap), freshPolicy, world, used);
+  if (incremental == fresh && policyReport.empty()) {
+    result.known.assign(used.begin(), used.end());
+    std::sort(result.known.begin(), result.known.end());
+    return result;
+  }
   std::string const difference = Rib::diff(incremental, fresh);
 
   // A known divergence takes a node it covers out of that side with what is
   // below it, as deleting it from the engine would; the containers left
   // empty go with it. Whatever differs after that is no divergence it knows.
-  std::set<KnownDivergence const*> used;
   auto discount = [&](Rib::EngineModel& side, std::vector<Rib::PathElement> const& path,
                       bool isIncremental) {
     for (KnownDivergence const& k : kKnown) {
-      if (k.covers(path, isIncremental, world)) {
+      if (k.covers && k.covers(path, isIncremental, world)) {
         used.insert(&k);
         side.apply(deleteOf(path));
         return;
@@ -234,13 +386,21 @@ CheckResult check(World const& world) {
   fresh.commit(Rib::CommitKind::transaction);
   result.known.assign(used.begin(), used.end());
   std::sort(result.known.begin(), result.known.end());
-  if (incremental == fresh) return result;
+  if (incremental == fresh && policyReport.empty()) return result;
 
   result.diverges = true;
-  result.report =
-      "the engine state differs from a fresh replay of the configuration\n"
-      "(- only as sent change by change, + only in the fresh replay):\n" +
-      difference;
+  if (!(incremental == fresh)) {
+    result.report =
+        "the engine state differs from a fresh replay of the configuration\n"
+        "(- only as sent change by change, + only in the fresh replay):\n" +
+        difference;
+  }
+  if (!policyReport.empty()) {
+    result.report +=
+        "the policy map differs from a fresh replay of the configuration\n"
+        "(- only as written change by change, + only in the fresh replay):\n" +
+        policyReport;
+  }
   return result;
 }
 

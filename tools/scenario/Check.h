@@ -24,6 +24,10 @@ struct KnownDivergence {
   /// of this divergence, and with it everything below it on that side.
   /// `incremental` tells the side.
   bool (*covers)(std::vector<Rib::PathElement> const& path, bool incremental, World const& world);
+  /// Whether a policy-map line (as RoutingPolicyMap::stateText writes it)
+  /// that only one side holds is part of this divergence; null for
+  /// divergences of the engine alone.
+  bool (*coversPolicy)(std::string const& line, bool incremental, World const& world) = nullptr;
 };
 
 /// The divergences the check knows; a later behaviour that differs on
@@ -32,8 +36,11 @@ std::span<KnownDivergence const> knownDivergences();
 
 /// The engine state a new root for `vrf` sends when it is given `inputs`.
 /// The root is current only meanwhile; the previous one is current again
-/// afterwards, and neither the live engine sink nor the trace sees it.
-Rib::EngineModel freshReplay(Inputs const& inputs, L3::VrfName const& vrf);
+/// afterwards, and neither the live engine sink nor the trace sees it. With
+/// `policyMapState`, it receives the policy map as the new root left it
+/// (the root withdraws its references again when it goes).
+Rib::EngineModel freshReplay(Inputs const& inputs, L3::VrfName const& vrf,
+                             std::string* policyMapState = nullptr);
 
 struct CheckResult {
   /// A difference that no known divergence accounts for.

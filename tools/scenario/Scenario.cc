@@ -122,8 +122,8 @@ Row const kInputStatements[] = {
 /// list them. A new kind adds its table here.
 std::span<Rows const> statementTables() {
   static Rows const tables[] = {
-      routeMapStatements(), prefixListStatements(), aclStatements(),
-      asPathStatements(),   kInputStatements,
+      routeMapStatements(), peerFilterStatements(),        prefixListStatements(), aclStatements(),
+      asPathStatements(),   dynamicPrefixListStatements(), policyMapStatements(),  kInputStatements,
   };
   return tables;
 }
@@ -176,6 +176,8 @@ std::string const& indentedClauses() {
     for (Entry const& e : entries()) {
       if (e.place != Place::clause || e.block == last) continue;
       last = e.block;
+      // Blocks that share their clauses name them once.
+      if (out.find(e.block->clauses) != std::string::npos) continue;
       out += (out.empty() ? "" : " and ") + std::string(e.block->clauses);
     }
     return out;
@@ -215,12 +217,11 @@ Entry const& entryOf(Words& w, Context const& c) {
       firsts += (firsts.empty() ? "" : ", ") + std::string(words.front());
     }
     if (words.size() < 2 || words.front() != w.peek()) continue;
-    std::string const pair = std::string(words[0]) + " " + std::string(words[1]);
-    // Several kinds may share the first two words ("no ip prefix-list",
-    // "no ip access-list"); each pair is named once.
-    if (("|" + alternatives + "|").find("|" + pair + "|") != std::string::npos) continue;
-    alternatives += alternatives.empty() ? "" : "|";
-    alternatives += pair;
+    std::string const alternative = std::string(words[0]) + " " + std::string(words[1]);
+    // Blocks that share their clauses offer them once.
+    if ((", " + alternatives + ",").find(", " + alternative + ",") != std::string::npos) continue;
+    alternatives += alternatives.empty() ? "" : ", ";
+    alternatives += alternative;
   }
   for (std::size_t bar; (bar = alternatives.find('|')) != std::string::npos;)
     alternatives.replace(bar, 1, ", ");

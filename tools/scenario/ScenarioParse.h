@@ -140,6 +140,9 @@ struct Context {
 Rows routeMapStatements();
 Rows prefixListStatements();
 Rows aclStatements();
+Rows peerFilterStatements();
+Rows policyMapStatements();
+Rows dynamicPrefixListStatements();
 Rows asPathStatements();
 
 }  // namespace Scenario

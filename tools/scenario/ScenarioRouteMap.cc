@@ -103,10 +103,13 @@ BlockKind const& routeMapBlock() {
 }
 
 void clauseEdit(Statement& s, Block const& b, std::function<void(MapEntry&)> change) {
-  s.edit = [map = b.name, seqno = b.number, change = std::move(change)](Inputs& in) {
-    change(*in.routeMapConfig->routeMapIs(map)->mapEntryIs(seqno));
+  bool const filter = b.kind == &peerFilterBlock();
+  s.edit = [filter, map = b.name, seqno = b.number, change = std::move(change)](Inputs& in) {
+    auto m = filter ? in.peerFilterConfig->peerFilterIs(map) : in.routeMapConfig->routeMapIs(map);
+    change(*m->mapEntryIs(seqno));
   };
   s.effect = mapEffect(Effect::Kind::changed, b.name);
+  if (filter) s.effect.object = ObjectKind::peerFilter;
 }
 
 Rows routeMapStatements() {

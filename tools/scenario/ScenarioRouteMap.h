@@ -12,6 +12,8 @@ namespace Scenario {
 /// The route-map sequence block; its name is the map's, its number the
 /// sequence number.
 BlockKind const& routeMapBlock();
+/// The peer-filter sequence block: the same clauses, on a peer filter.
+BlockKind const& peerFilterBlock();
 
 /// Turns a change of the block's sequence into the statement's edit and
 /// effect; the sequence is made when missing, so a clause also stands on

@@ -11,6 +11,8 @@ namespace Scenario {
 World::World(Options options)
     : options_(std::move(options)), previousSink_(Rib::engineSinkIs(&sink_)) {
   listRecordsClear();
+  policyWatch_ = std::make_unique<PolicyMapWatch>(live_.policyMap,
+                                                  [this] { return recording_.records().size(); });
   if (options_.shadow) asPathHoldBack_ = std::make_unique<AsPathHoldBack>(shadow_.aclListConfig);
   root_ = Tessel::rootFactory("root");
   root_->vrfNameIs(options_.vrf);

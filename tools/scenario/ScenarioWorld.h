@@ -9,6 +9,7 @@
 
 #include "AsPathHoldBack.h"
 #include "FanOutSink.h"
+#include "PolicyMapWatch.h"
 #include "Rib/EngineModel.h"
 #include "Rib/RecordingSink.h"
 #include "Scenario.h"
@@ -49,6 +50,10 @@ class World {
   }
 
   Rib::RecordingSink const& recording() const noexcept { return recording_; }
+  /// The live policy map's changes, each with its place in the recording.
+  std::vector<PolicyMapWatch::Change> const& policyMapChanges() const noexcept {
+    return policyWatch_->changes();
+  }
   /// The engine as the live stream left it.
   Rib::EngineModel const& model() const noexcept { return model_; }
   L3::VrfName const& vrf() const noexcept { return options_.vrf; }
@@ -108,6 +113,7 @@ class World {
   Rib::EngineSink* previousSink_;
   Inputs live_ = Inputs::create();
   Inputs shadow_ = Inputs::create();
+  std::unique_ptr<PolicyMapWatch> policyWatch_;
   Orb::Ptr<Tessel::Root> root_;
   std::array<bool, inputCount> present_{};
   /// Per object kind, the objects changed since they were last sent; their

@@ -5,7 +5,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
+#include <tuple>
 
 #include "Harness.h"
 #include "Tessel/AclListConfigSm.h"
@@ -52,6 +54,19 @@ class AsPathReactorTest : public TesselTest::RootTest {
   }
   Tessel::AclListConfigSm* sm() const { return root->vrfStatusSm()->aclListConfigSm(); }
   Tessel::OrbPathList* reactor(char const* name) const { return sm()->orbPathList(name); }
+  /// The trace lines since the last call, without the command operations'.
+  std::string reactorTrace() {
+    std::string out;
+    std::size_t at = 0;
+    while (at < trace.text.size()) {
+      std::size_t const end = std::min(trace.text.find('\n', at + 1), trace.text.size());
+      std::string const line = trace.text.substr(at, end - at);
+      if (line.find("Tessel::Cog::") == std::string::npos) out += line;
+      at = end;
+    }
+    trace.text.clear();
+    return out;
+  }
   /// A list with valid entries of these numbers, sent and committed.
   Orb::Ptr<AsPathList> sentList(char const* name, std::initializer_list<Orb::U32> seqnos) {
     auto list = aclListConfig->asPathListIs(name);
@@ -71,38 +86,46 @@ class AsPathReactorTest : public TesselTest::RootTest {
   }
 };
 
-TEST_F(AsPathReactorTest, ValidEntriesAreSentAsTheyComeAndCommittedAtTheVersion) {
+TEST_F(AsPathReactorTest, ListNodeAndEntriesGoAsTheyComeAndTheVersionCommits) {
   auto list = aclListConfig->asPathListIs("A");
   EXPECT_EQ(addList("A") + commit + commit, sent()) << "the node, then the new reactor's commit";
   list->pathEntryIs(entry(20));
   list->pathEntryIs(entry(10));
   EXPECT_EQ(addEntry("A", 20) + addEntry("A", 10), sent());
-  list->versionInc();
-  EXPECT_EQ(commit, sent());
   list->pathEntryDel(20);
   list->versionInc();
   EXPECT_EQ(delEntry("A", 20) + commit, sent());
-  AsPathEntry deny{30, "^65000$", Acl::deny, Acl::BGPOrigin(3), true, true};
-  list->pathEntryIs(deny);
-  EXPECT_EQ(
-      "addAsPathListEntry [" + entryPath("A", 30) + "] 0:u32=30 1:str=\"^65000$\" 2:u32=256\n",
-      sent());
+  aclListConfig->asPathListDel("A");
+  EXPECT_EQ(delList("A") + commit, sent()) << "the node alone, no per-entry removals";
+  EXPECT_THAT(trace.text, HasSubstr("\n8 Add as-path A\n"));
+  EXPECT_THAT(trace.text, HasSubstr("\n1 Delete as-path A\n"));
+  EXPECT_EQ(nullptr, reactor("A"));
 }
 
-TEST_F(AsPathReactorTest, InvalidEntryWithdrawsEveryEntryWithAnImmediateCommit) {
+TEST_F(AsPathReactorTest, InvalidEntryWithdrawsTheListUntilTheLastInvalidEntryGoes) {
   auto list = sentList("A", {10, 20});
+  trace.text.clear();
   list->pathEntryIs(entry(15, false));
   EXPECT_EQ(delEntry("A", 10) + delEntry("A", 15) + delEntry("A", 20) + commit, sent());
-  EXPECT_THAT(trace.text, HasSubstr("\n8 adding as-path entry to an invalid ACL: seqno: 15 "
-                                    "as-path-list:A"));
-  EXPECT_THAT(trace.text, HasSubstr("\n1 Deactivate as-path ACL: A"));
-  // While deactivated, valid entries and further invalid ones send nothing.
+  EXPECT_EQ(
+      "\n8 void Tessel::OrbPathList::handlePathEntry(U32 seqno) seqno: 15"
+      "\n8 adding as-path entry to an invalid ACL: seqno: 15 as-path-list:A"
+      "\n1 Deactivate as-path ACL: A"
+      "\n1 void Tessel::OrbPathList::doDelPathListEntriesFromRotor( A )",
+      reactorTrace());
+  // While withdrawn, valid entries and further invalid ones send nothing.
   list->pathEntryIs(entry(30));
   list->pathEntryIs(entry(40, false));
   list->versionInc();
   EXPECT_EQ(commit, sent());
-  EXPECT_EQ(2u, reactor("A")->inapplicableSeqno().size());
   EXPECT_FALSE(sm()->aspathListValidRegex("A"));
+  list->pathEntryDel(15);
+  EXPECT_EQ("", sent()) << "entry 40 still holds the list back";
+  list->pathEntryDel(20);
+  EXPECT_EQ(delEntry("A", 20), sent()) << "a valid entry's removal goes all the same";
+  list->pathEntryDel(40);
+  EXPECT_EQ(addEntry("A", 10) + addEntry("A", 30) + commit, sent());
+  EXPECT_TRUE(reactor("A")->inapplicableSeqno().empty());
 }
 
 TEST_F(AsPathReactorTest, RewritingTheOnlyInvalidEntryWithdrawsTheListAgain) {
@@ -112,6 +135,15 @@ TEST_F(AsPathReactorTest, RewritingTheOnlyInvalidEntryWithdrawsTheListAgain) {
   // The set still holds one number, so the list is withdrawn once more.
   list->pathEntryIs({15, "(15", Acl::permit, Acl::originIgp, false, false});
   EXPECT_EQ(delEntry("A", 10) + delEntry("A", 15) + delEntry("A", 20) + commit, sent());
+}
+
+TEST_F(AsPathReactorTest, CorrectingTheInvalidEntryInPlaceLeavesTheListWithdrawn) {
+  auto list = deactivatedList();
+  list->pathEntryIs(entry(15));
+  list->versionInc();
+  EXPECT_EQ(commit, sent());
+  EXPECT_TRUE(sm()->aspathListValidRegex("A")) << "the configuration is valid again";
+  EXPECT_TRUE(reactor("A")->inapplicableSeqno().contains(15)) << "but the reactor keeps it out";
 }
 
 TEST_F(AsPathReactorTest, PausedListReactorPausesItsAsPathListReactors) {
@@ -125,33 +157,6 @@ TEST_F(AsPathReactorTest, PausedListReactorPausesItsAsPathListReactors) {
   EXPECT_EQ(commit, sent());
 }
 
-TEST_F(AsPathReactorTest, RemovingTheLastInvalidEntryRestoresTheRestWithACommit) {
-  auto list = deactivatedList();
-  list->pathEntryIs(entry(40, false));
-  list->pathEntryDel(15);
-  EXPECT_EQ("", sent()) << "entry 40 still holds the list back";
-  list->pathEntryDel(20);
-  EXPECT_EQ(delEntry("A", 20), sent()) << "a valid entry's removal goes all the same";
-  list->pathEntryDel(40);
-  EXPECT_EQ(addEntry("A", 10) + commit, sent());
-  EXPECT_TRUE(reactor("A")->inapplicableSeqno().empty());
-}
-
-TEST_F(AsPathReactorTest, CorrectingTheInvalidEntryInPlaceLeavesTheListWithdrawn) {
-  auto list = deactivatedList();
-  list->pathEntryIs(entry(15));
-  list->versionInc();
-  EXPECT_EQ(commit, sent());
-  EXPECT_TRUE(sm()->aspathListValidRegex("A")) << "the configuration is valid again";
-  EXPECT_TRUE(reactor("A")->inapplicableSeqno().contains(15)) << "but the reactor keeps it out";
-  // The next re-evaluation, here a mode change and back, brings it in.
-  aclListConfig->regexModeIs(Acl::regexModeString);
-  sent();
-  aclListConfig->regexModeIs(Acl::regexModeAsn);
-  EXPECT_THAT(sent(), HasSubstr(addList("A") + addEntry("A", 10) + addEntry("A", 15) +
-                                addEntry("A", 20) + commit));
-}
-
 TEST_F(AsPathReactorTest, ModeChangeEmptiesTheEngineThenSendsTheModeThenTheValidLists) {
   sentList("A", {10});
   auto b = sentList("B", {10, 20});
@@ -162,46 +167,33 @@ TEST_F(AsPathReactorTest, ModeChangeEmptiesTheEngineThenSendsTheModeThenTheValid
   aclListConfig->regexModeIs(Acl::regexModeString);
   EXPECT_EQ(delList("A") + delList("B") + delList("E") + syncCommit + commit +
                 "AsPathRegexMode [256] 16:u32=2\n" + commit +  //
-                addList("A") + addEntry("A", 10) + addList("B") + addList("E") + commit,
-            sent());
-  EXPECT_THAT(trace.text, HasSubstr("\n8 void Tessel::AclListConfigSm::handleRegexMode() "
-                                    "switching to 1\n1 deleting all as-path ACLs\n"));
-  EXPECT_THAT(trace.text, HasSubstr("\n8 reconfiguring only valid as-path ACLs\n"));
-  EXPECT_THAT(trace.text, HasSubstr("\n9 As-path ACL: inapplicable entry: 20 as-path ACL: B\n"));
-  EXPECT_THAT(trace.text, HasSubstr("\n8 as-path ACL is deactivated after regex mode change: B"));
+                addList("E") + addList("B") + addList("A") + addEntry("A", 10) + commit,
+            sent())
+      << "removals walk the configuration by name, re-evaluation the list reactors by the "
+         "hash order of their names";
+  EXPECT_EQ(
+      "\n8 void Tessel::AclListConfigSm::handleRegexMode() switching to 1"
+      "\n1 deleting all as-path ACLs"
+      "\n8 reconfiguring only valid as-path ACLs"
+      "\n8 void Tessel::OrbPathList::reevaluatePathList() name: E"
+      "\n7 void Tessel::OrbPathList::doAddPathListEntriesToRotor( E )"
+      "\n8 void Tessel::OrbPathList::reevaluatePathList() name: B"
+      "\n9 As-path ACL: inapplicable entry: 20 as-path ACL: B"
+      "\n8 as-path ACL is deactivated after regex mode change: B"
+      "\n8 void Tessel::OrbPathList::reevaluatePathList() name: A"
+      "\n7 void Tessel::OrbPathList::doAddPathListEntriesToRotor( A )",
+      reactorTrace());
   EXPECT_EQ(1u, reactor("B")->inapplicableSeqno().size());
 
-  aclListConfig->regexModeIs(Acl::regexModeAsn);
+  // A mode other than 0 and 1 holds back every list but the empty one.
+  aclListConfig->regexModeIs(Acl::RegexMode(7));
   EXPECT_EQ(delList("A") + delList("B") + delList("E") + syncCommit + commit +
                 "AsPathRegexMode [256] 16:u32=1\n" + commit +  //
-                addList("A") + addEntry("A", 10) + addList("B") + addEntry("B", 10) +
-                addEntry("B", 20) + addList("E") + commit,
-            sent());
-  EXPECT_TRUE(reactor("B")->inapplicableSeqno().empty());
-}
-
-TEST_F(AsPathReactorTest, UnknownModeDeactivatesEveryListButAnEmptyOne) {
-  sentList("A", {10});
-  aclListConfig->asPathListIs("E");
-  sent();
-  aclListConfig->regexModeIs(Acl::RegexMode(7));
-  EXPECT_EQ(delList("A") + delList("E") + syncCommit + commit + "AsPathRegexMode [256] 16:u32=1\n" +
-                commit + addList("A") + addList("E") + commit,
+                addList("E") + addList("B") + addList("A") + commit,
             sent());
   EXPECT_TRUE(sm()->aspathListValidRegex("E"));
   EXPECT_FALSE(sm()->aspathListValidRegex("A"));
   EXPECT_TRUE(sm()->aspathListValidRegex("absent"));
-  // A new entry of a known mode's validity is still inapplicable.
-  aclListConfig->asPathListIs("E")->pathEntryIs(entry(10));
-  EXPECT_EQ(delEntry("E", 10) + commit, sent());
-}
-
-TEST_F(AsPathReactorTest, RemovingAListDeletesItsNodeAloneAndItsReactor) {
-  sentList("A", {10, 20});
-  aclListConfig->asPathListDel("A");
-  EXPECT_EQ(delList("A") + commit, sent());
-  EXPECT_THAT(trace.text, HasSubstr("\n1 Delete as-path A"));
-  EXPECT_EQ(nullptr, reactor("A"));
 }
 
 TEST_F(AsPathReactorTest, EntryValidityFollowsTheModesFlagAndNoOtherMode) {
@@ -213,26 +205,6 @@ TEST_F(AsPathReactorTest, EntryValidityFollowsTheModesFlagAndNoOtherMode) {
     EXPECT_EQ(valid, Tessel::aspathEntryValidRegex(entry(10, valid0, valid1), Acl::RegexMode(mode)))
         << valid0 << valid1 << " mode " << mode;
   }
-}
-
-/// A list reactor made by hand on a configuration that already holds lists,
-/// so its whole construction stream is seen.
-class AsPathReplayTest : public TesselTest::RootTest {};
-
-TEST_F(AsPathReplayTest, ListsAreFirstSentAtInitializationAfterTheMode) {
-  aclListConfig->regexModeIs(Acl::regexModeString);
-  auto a = aclListConfig->asPathListIs("A");
-  a->pathEntryIs(entry(10));
-  a->pathEntryIs(entry(20));
-  auto b = aclListConfig->asPathListIs("B");
-  b->pathEntryIs(entry(10, true, false));
-  auto sm = Tessel::aclListConfigSmFactory(aclListConfig, "default");
-  EXPECT_EQ(delList("A") + delList("B") + syncCommit + commit + "AsPathRegexMode [256] 16:u32=2\n" +
-                commit + commit +  // no list reactor to re-evaluate yet
-                commit + commit +  // each new list reactor's version
-                addList("A") + addEntry("A", 10) + addEntry("A", 20) + addList("B") + commit,
-            sent());
-  sm->hasNotificationActiveIs(false);
 }
 
 }  // namespace

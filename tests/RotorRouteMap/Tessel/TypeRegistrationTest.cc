@@ -38,10 +38,11 @@ std::string rangeError(F f) {
 using TypeRegistrationTest = TesselTest::EngineTest;
 
 TEST_F(TypeRegistrationTest, LibraryRegistersEveryTypeItBuilds) {
-  // Add a type here when its code lands. Still to come:
-  // Tessel::PeerFilterConfigSm, RibDynamicPrefixList::Cog, RibDynamicPrefixList::DynPfxConfigSm,
-  // RibDynamicPrefixList::OrbDynamicPrefixList.
+  // Every type the library registers, and nothing else.
   std::vector<std::string> expected = {
+      "RibDynamicPrefixList::Cog",
+      "RibDynamicPrefixList::DynPfxConfigSm",
+      "RibDynamicPrefixList::OrbDynamicPrefixList",
       "Tessel::AclConfigSm",
       "Tessel::AclListConfigSm",
       "Tessel::IpAclConfigSm",
@@ -53,6 +54,7 @@ TEST_F(TypeRegistrationTest, LibraryRegistersEveryTypeItBuilds) {
       "Tessel::MapEntryCommSetClause",
       "Tessel::OrbRouteMap",
       "Tessel::OrbSeqMapEntry",
+      "Tessel::PeerFilterConfigSm",
       "Tessel::Root",
       "Tessel::RouteMapConfigSm",
       "Tessel::VrfStatusSm",

@@ -1,0 +1,29 @@
+// RibDynamicPrefixList::Cog: the engine commands of dynamic prefix lists. The
+// lists live in one node shared by the whole agent, so unlike Tessel::Cog it
+// serves no VRF; every operation commits.
+#pragma once
+
+#include "Orb/Ptr.h"
+#include "Orb/String.h"
+#include "Rib/CogOp.h"
+
+namespace RibDynamicPrefixList {
+
+class Cog : public Orb::Object {
+ public:
+  Cog() = default;
+
+  /// The node of all dynamic prefix lists: 512, 627.
+  Rib::RibPath cogPath() const;
+  /// Sends the list whole: the list, its IPv4 and IPv6 prefix lists when
+  /// named, and its match map even when empty; then commits.
+  void doAddDynamicPrefixListEntry(Orb::String const& dynPfxListName, Orb::String const& v4PfxName,
+                                   Orb::String const& v6PfxName, Orb::String const& matchMapName);
+  /// Removes the list and commits.
+  void doDelDynamicPrefixList(Orb::String const& dynPfxListName);
+};
+
+/// The only way the dynamic prefix-list reactor obtains a command object.
+Orb::Ptr<Cog> cogFactory();
+
+}  // namespace RibDynamicPrefixList

@@ -1,0 +1,19 @@
+// The one writer of the shared policy map: adds or withdraws one reason under
+// one policy name, making and removing the policy's entry as needed.
+#pragma once
+
+#include "RoutingPolicyMap/PolicyMap.h"
+
+namespace Tessel {
+
+/// Adds the reason (plugin, mode, configCli, configKey) to the entry `name` of
+/// the collection of `type`, making the entry when absent; with `del`,
+/// removes the reason and then the entry when no reason is left. An unknown
+/// type is a programming error and aborts.
+void updatePolicyMap(RoutingPolicyMap::PolicyType type, RoutingPolicyMap::PluginType plugin,
+                     RoutingPolicyMap::CliMode mode, Orb::String const& configCli,
+                     Orb::String const& configKey,
+                     Orb::Ptr<RoutingPolicyMap::PolicyMap> const& policyMap,
+                     Orb::String const& name, bool del);
+
+}  // namespace Tessel
