@@ -42,8 +42,9 @@ constexpr char const* kClauses[] = {
     "set value {{3|19|26|35} {-3..50}|{2|25|33} {0..50}}",
     "set link-bandwidth {aggregate|divide-equal|none|1.5}",
     "set {community add 1:1|community delete 1:2|extcommunity rt 1:1|large-community 1:2:3}",
-    "no set {metric|origin|next-hop|ipv6 next-hop|as-path prepend|value 3|link-bandwidth|"
-    "community|next-hop unchanged}",
+    // One clause over two lines: the parentheses say the joining is meant.
+    ("no set {metric|origin|next-hop|ipv6 next-hop|as-path prepend|value 3|link-bandwidth|"
+     "community|next-hop unchanged}"),
     "{sub-route-map {A|B|C}|no sub-route-map}",
 };
 
