@@ -10,9 +10,10 @@
 namespace Tessel {
 
 namespace {
-Orb::TypeRegistration cogType({"Tessel::Cog", {}, {{"doSyncCommit", [](Orb::Object& o) {
-                                                      static_cast<Cog&>(o).doSyncCommit();
-                                                    }}}});
+Orb::TypeRegistration cogType(
+    Orb::TypeInfo("Tessel::Cog", {},
+                  {{"doSyncCommit", [](Orb::Object& o) { static_cast<Cog&>(o).doSyncCommit(); }}})
+        .objectsOf<Cog>());
 }  // namespace
 
 Orb::Ptr<Cog> cogFactory(L3::VrfName vrfName) {

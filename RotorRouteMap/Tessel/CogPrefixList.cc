@@ -4,6 +4,7 @@
 
 #include "Orb/Assert.h"
 #include "Orb/EnumText.h"
+#include "Orb/TypeRegistry.h"
 #include "Tessel/Cog.h"
 
 namespace Tessel {
@@ -20,6 +21,14 @@ std::string valueToStrep(Cog::PrefixListFamily v) {
 Cog::PrefixListFamily prefixListFamilyFromStrep(std::string_view text) {
   return Orb::enumFromStrep<Cog::PrefixListFamily>(text, kFamily, "PrefixListFamily");
 }
+
+namespace {
+Orb::TypeRegistration familyType(Orb::TypeInfo("Tessel::Cog::PrefixListFamily")
+                                     .valuesOf<Cog::PrefixListFamily>(prefixListFamilyFromStrep,
+                                                                      [](Cog::PrefixListFamily v) {
+                                                                        return valueToStrep(v);
+                                                                      }));
+}  // namespace
 
 std::ostream& operator<<(std::ostream& os, Cog::PrefixListFamily v) {
   return os << valueToStrep(v);

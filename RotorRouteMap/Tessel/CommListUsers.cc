@@ -67,6 +67,11 @@ Orb::Ptr<CommSetClauseMapEntryColl> CommListUsers::commListUserDel(Orb::Name con
   return coll;
 }
 
+Orb::Ptr<CommSetClauseMapEntryColl> CommListUsers::commListUserDel(Colls::const_iterator it) {
+  if (it == colls_.end()) return nullptr;
+  return commListUserDel(it->first);
+}
+
 void CommListUsers::commListUserDelAll() {
   while (!colls_.empty())
     commListUserDel(colls_.begin()->first);

@@ -27,6 +27,9 @@ class CommListUsers : public Orb::Entity {
   /// Takes the collection out, clears its parent, notifies and returns it;
   /// null when absent.
   Orb::Ptr<CommSetClauseMapEntryColl> commListUserDel(Orb::Name const& listName);
+  /// The same for the collection at `it`; null for the end. Other iterators
+  /// stay valid, so the index can be emptied while walking it.
+  Orb::Ptr<CommSetClauseMapEntryColl> commListUserDel(Colls::const_iterator it);
   void commListUserDelAll();
 
  private:

@@ -1,14 +1,7 @@
 // Ordering and hashing of the community clause records.
 #include "Tessel/MapEntryCommSetClause.h"
 
-#include "Orb/TypeRegistry.h"
-
 namespace Tessel {
-
-namespace {
-Orb::TypeRegistration keyType({"Tessel::MapEntryCommSetClause", {}, {}});
-Orb::TypeRegistration recordType({"Tessel::CommSetClauseInMapEntry", {}, {}});
-}  // namespace
 
 bool operator<(MapEntryCommSetClause const& a, MapEntryCommSetClause const& b) noexcept {
   if (a.mapName_ != b.mapName_) return a.mapName_ < b.mapName_;

@@ -1,6 +1,8 @@
 // The root's inputs and the life of the per-VRF state machine.
 #include "Tessel/Root.h"
 
+#include <utility>
+
 #include "Orb/Trace.h"
 #include "Orb/TypeRegistry.h"
 #include "Tessel/TraceLevels.h"
@@ -83,6 +85,8 @@ void Root::policyMapIs(PolicyMapPtr const& p) {
 
 void Root::commListUsersIs(Orb::Name const& name) {
   if (commListUsersValue_ && commListUsersValue_->name() == name) return;
+  // The old index may outlive this root; it must not point back at it.
+  if (commListUsersValue_) commListUsersValue_->parentIs(nullptr);
   commListUsersValue_ = CommListUsers::create(name);
   commListUsersValue_->parentIs(this);
   handleStatusSmCtorArg();
@@ -128,7 +132,9 @@ void Root::vrfStatusSmIs(L3::VrfName const& vrfName, RouteMapConfigPtr const& ro
   Orb::Ptr<VrfStatusSm> fresh =
       Orb::make<VrfStatusSm>(vrfName, routeMapConfig, peerFilterConfig, aclListConfig, aclConfig,
                              dynPfxListConfig, policyMap);
-  vrfStatusSmValue_ = fresh;
+  if (Orb::Ptr<VrfStatusSm> old = std::exchange(vrfStatusSmValue_, fresh)) {
+    old->retire();  // also when someone else still holds it
+  }
   fresh->hasNotificationActiveIs(true);
   notify(vrfStatusSm_);
 }

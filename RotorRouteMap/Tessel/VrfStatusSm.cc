@@ -58,14 +58,11 @@ void VrfStatusSm::routeMapConfigSmIs(Root::RouteMapConfigPtr const& config,
 
 void VrfStatusSm::childIs(Child slot, Orb::Ptr<Orb::Reactor> reactor) {
   children_[slot] = std::move(reactor);
-  children_[slot]->hasNotificationActiveIs(true);
+  if (children_[slot]) children_[slot]->hasNotificationActiveIs(true);
 }
 
 Orb::Ptr<Orb::Reactor> VrfStatusSm::childDel(Child slot) {
-  Orb::Ptr<Orb::Reactor> gone = std::move(children_[slot]);
-  children_[slot] = nullptr;
-  if (gone) gone->hasNotificationActiveIs(false);
-  return gone;
+  return children_[slot].take();
 }
 
 void VrfStatusSm::Children::partNotificationIs(bool active) {

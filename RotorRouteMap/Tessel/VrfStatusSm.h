@@ -49,6 +49,10 @@ class VrfStatusSm : public Orb::Reactor {
   Orb::Ptr<Orb::Reactor> aclConfigSmDel() { return childDel(aclChild); }
   Orb::Ptr<Orb::Reactor> dynPfxConfigSmDel() { return childDel(dynPfxChild); }
 
+  /// Stores a new child in `slot` with its notifications on; the child it
+  /// replaces is retired, even while others still hold it.
+  void childIs(Child slot, Orb::Ptr<Orb::Reactor> reactor);
+
   bool initialized() const noexcept { return initialized_; }
   void initializedIs(bool v) { initialized_ = v; }
 
@@ -69,8 +73,6 @@ class VrfStatusSm : public Orb::Reactor {
 
   void handleInitialized();
   Orb::Ptr<Orb::Reactor> childDel(Child slot);
-  /// Stores a new child in `slot` with its notifications on.
-  void childIs(Child slot, Orb::Ptr<Orb::Reactor> reactor);
 
   L3::VrfName vrfName_;
   Root::RouteMapConfigPtr routeMapConfig_;
@@ -79,7 +81,7 @@ class VrfStatusSm : public Orb::Reactor {
   Root::AclConfigPtr aclConfig_;
   Root::DynPfxListConfigPtr dynPfxListConfig_;
   Root::PolicyMapPtr policyMap_;
-  std::array<Orb::Ptr<Orb::Reactor>, childCount> children_;
+  std::array<Orb::ReactorSlot<Orb::Reactor>, childCount> children_;
   Children childrenPart_{this};
   bool initialized_ = false;
 };

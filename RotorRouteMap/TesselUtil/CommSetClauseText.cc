@@ -3,6 +3,8 @@
 
 #include <ostream>
 
+#include "Orb/TypeRegistry.h"
+
 namespace Tessel {
 
 namespace {
@@ -66,6 +68,20 @@ CommSetClauseInMapEntry readCommSetClauseInMapEntry(Orb::TextReader& in) {
   in.expect("})");
   return CommSetClauseInMapEntry(std::move(key), std::move(commSet));
 }
+
+namespace {
+// The records' text forms are also the runtime's generic conversion.
+Orb::TypeRegistration keyType(
+    Orb::TypeInfo("Tessel::MapEntryCommSetClause")
+        .valuesOf<MapEntryCommSetClause>(
+            [](std::string_view text) { return MapEntryCommSetClause(text); },
+            [](MapEntryCommSetClause const& key) { return valueToStrep(key); }));
+Orb::TypeRegistration recordType(
+    Orb::TypeInfo("Tessel::CommSetClauseInMapEntry")
+        .valuesOf<CommSetClauseInMapEntry>(
+            [](std::string_view text) { return CommSetClauseInMapEntry(text); },
+            [](CommSetClauseInMapEntry const& record) { return valueToStrep(record); }));
+}  // namespace
 
 MapEntryCommSetClause::MapEntryCommSetClause(std::string_view text) {
   Orb::TextReader in(text);

@@ -42,7 +42,11 @@ void Object::deleteRef() const noexcept {
     remaining = refs_.load(std::memory_order_relaxed) - 1;
     refs_.store(remaining, std::memory_order_relaxed);
   }
-  if (remaining == 0) delete this;
+  if (remaining == 0) lastReferenceGone();
+}
+
+void Object::lastReferenceGone() const noexcept {
+  delete this;
 }
 
 }  // namespace Orb

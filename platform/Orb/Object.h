@@ -31,6 +31,10 @@ class Object {
  protected:
   Object() noexcept;
   virtual ~Object();
+  /// Runs when the last reference goes; the default deletes the object. A
+  /// type that must act on the whole object first (no virtual call reaches
+  /// the derived part from a destructor) does so here, then deletes it.
+  virtual void lastReferenceGone() const noexcept;
 
  private:
   mutable std::atomic<U32> refs_{0};

@@ -19,4 +19,22 @@ void Reactor::orbDoZombieReactors(bool zombie) {
     p->partZombieIs(zombie);
 }
 
+void Reactor::retire() {
+  hasNotificationActiveIs(false);
+  orbDoZombieReactors(true);
+}
+
+void Reactor::lastReferenceGone() const noexcept {
+  if (lastReferenceSeen_) {
+    delete this;
+    return;
+  }
+  // Reached from deleteRef, which is const; the object is ours alone now.
+  auto* self = const_cast<Reactor*>(this);
+  self->lastReferenceSeen_ = true;
+  newRef();  // handlers may take and drop references while retiring
+  self->retire();
+  deleteRef();  // back here, now deleting, unless a handler kept one
+}
+
 }  // namespace Orb

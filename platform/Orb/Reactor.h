@@ -5,8 +5,13 @@
 // switching notification on and off passes down to all parts; marking a
 // reactor as a zombie passes down to its element reactors, each of which runs
 // its `handleDel` exactly once before it goes; handlers do nothing on a zombie.
+// Retirement (notification off, then the zombie mark) is the runtime's job,
+// not each caller's: a reactor is retired when its last reference goes, when
+// its slot or element collection lets go of it, whichever comes first.
 #pragma once
 
+#include <cstddef>
+#include <utility>
 #include <vector>
 
 #include "Orb/Entity.h"
@@ -35,10 +40,17 @@ class Reactor : public Object {
   /// mark runs `handleDel`, before the parts are marked.
   void orbDoZombieReactors(bool zombie);
 
+  /// Switches notification off, then marks the reactor as a zombie: the
+  /// steps of every removal. Harmless on a reactor already retired.
+  void retire();
+
  protected:
   Reactor() = default;
   /// Runs once, when the reactor is first marked for deletion.
   virtual void handleDel() {}
+  /// Retires the reactor while it is still whole, then deletes it. A handler
+  /// that keeps a reference meanwhile postpones the deletion to its release.
+  void lastReferenceGone() const noexcept override;
 
  public:
   /// Parts register in construction order; the reactor does not own them
@@ -50,6 +62,43 @@ class Reactor : public Object {
   bool active_ = false;
   bool zombie_ = false;
   bool handledDel_ = false;
+  bool lastReferenceSeen_ = false;
+};
+
+/// Holds one child reactor. A reactor that leaves the slot by being
+/// overwritten, cleared or dropped with the slot is retired, even while
+/// others still hold it; only `take` hands it out unmarked.
+template <class R>
+class ReactorSlot {
+ public:
+  ReactorSlot() = default;
+  ReactorSlot(ReactorSlot const&) = delete;
+  ReactorSlot& operator=(ReactorSlot const&) = delete;
+  ~ReactorSlot() { *this = nullptr; }
+
+  /// Stores `r` and retires the reactor it replaces.
+  ReactorSlot& operator=(Ptr<R> r) {
+    Ptr<R> old = std::exchange(r_, std::move(r));
+    if (old && old != r_) old->retire();
+    return *this;
+  }
+  ReactorSlot& operator=(std::nullptr_t) { return *this = Ptr<R>(); }
+
+  /// Empties the slot and returns its reactor with notification off; the
+  /// reactor is marked when its last reference goes.
+  Ptr<R> take() {
+    Ptr<R> gone = std::exchange(r_, nullptr);
+    if (gone) gone->hasNotificationActiveIs(false);
+    return gone;
+  }
+
+  R* get() const noexcept { return r_.get(); }
+  R* operator->() const noexcept { return r_.get(); }
+  explicit operator bool() const noexcept { return bool(r_); }
+  Ptr<R> const& ptr() const noexcept { return r_; }
+
+ private:
+  Ptr<R> r_;
 };
 
 /// A nested notifiee of reactor `Owner` on one entity. Notifications reach
@@ -86,9 +135,14 @@ class ReactorColl final : public ReactorPart {
   explicit ReactorColl(Owner* owner) {
     owner->partIs(this);
   }
-  /// Releases the elements without retiring them: an owner that is going
-  /// away has marked itself, and so its elements, beforehand.
-  ~ReactorColl() override = default;
+  /// Retires the elements, also those still held elsewhere. An owner that
+  /// went through its last reference has marked them already, so their
+  /// `handleDel` does not run again here, on a half-destroyed owner.
+  ~ReactorColl() override {
+    for (K const& k : keys()) {
+      if (auto const* p = m_.get(k)) retire(*p);
+    }
+  }
 
   std::size_t size() const noexcept { return m_.size(); }
   R* find(K const& k) const {
@@ -146,10 +200,7 @@ class ReactorColl final : public ReactorPart {
   }
 
  private:
-  static void retire(Ptr<R> const& r) {
-    r->hasNotificationActiveIs(false);
-    r->orbDoZombieReactors(true);
-  }
+  static void retire(Ptr<R> r) { r->retire(); }
   HashMap<K, Ptr<R>> m_;
 };
 

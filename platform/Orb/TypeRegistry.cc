@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "Orb/Trace.h"
+
 namespace Orb {
 
 TypeRegistry& TypeRegistry::instance() {
@@ -45,15 +47,41 @@ std::string TypeRegistry::attributeName(std::string_view type, AttributeId id) c
 }
 
 bool TypeRegistry::doAction(std::string_view type, std::string_view action, Object& target) const {
-  if (auto const* t = this->type(type)) {
-    for (auto const& [name, fn] : t->actions) {
-      if (name == action) {
-        fn(target);
-        return true;
-      }
+  auto const* t = this->type(type);
+  if (!t) return false;
+  for (auto const& [name, fn] : t->actions) {
+    if (name != action) continue;
+    // An action reaches into its target as the registered type.
+    if (!t->isInstance) {
+      ORB_TRACE(0, "Error: action " << action << " of " << type
+                                    << " refused: the type cannot check its objects");
+      return false;
     }
+    if (!t->isInstance(target)) {
+      ORB_TRACE(0, "Error: action " << action << " of " << type
+                                    << " refused: the object is of another type");
+      return false;
+    }
+    fn(target);
+    return true;
   }
   return false;
+}
+
+TypeInfo const& TypeRegistry::valueType(std::string_view type) const {
+  auto const* t = this->type(type);
+  if (!t || !t->valueFromStrep || !t->valueToStrep) {
+    throw RangeError(std::string(type) + ": not a registered value type");
+  }
+  return *t;
+}
+
+std::any TypeRegistry::valueFromStrep(std::string_view type, std::string_view text) const {
+  return valueType(type).valueFromStrep(text);
+}
+
+std::string TypeRegistry::valueToStrep(std::string_view type, std::any const& value) const {
+  return valueType(type).valueToStrep(value);
 }
 
 }  // namespace Orb

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <optional>
+#include <set>
 
 #include "Check.h"
 #include "Rib/CommandText.h"
@@ -116,6 +117,36 @@ version R
 )"));
   // Made again while everything is there, R's new reactor deleted the old one.
   EXPECT_TRUE(world->staleMaps().empty());
+}
+
+TEST_F(CheckTest, MapMadeAgainWhileAnInputWasAwayIsSentWholeAndNotExcused) {
+  EXPECT_EQ(
+      "checks=2\n"
+      "t.scenario:10: known divergence 'route-map-removed-while-away': a route map removed while "
+      "an input was taken away stays in the engine: the new reactor only sends the maps that "
+      "are there\n",
+      runChecked(R"(route-map R permit 10
+  set metric 5
+route-map S permit 10
+version R
+version S
+input acl-config off
+no route-map R
+no route-map S
+route-map R deny 20
+input acl-config on
+)"));
+  EXPECT_EQ(std::set<Orb::Name>{"S"}, world->staleMaps());
+  EXPECT_TRUE(world->settled());
+}
+
+TEST_F(CheckTest, ChangedMapStaysPendingUntilResentOrEmptied) {
+  ASSERT_EQ("checks=0\n", runChecked("route-map R permit 10\nroute-map S permit 10\nversion S\n"));
+  EXPECT_EQ(std::set<Orb::Name>{"R"}, world->pending(Scenario::ObjectKind::routeMap));
+  EXPECT_FALSE(world->settled());
+  // Removing the last sequence took R out of the engine by itself.
+  world->apply(Scenario::parse("no route-map R 10\n", "t.scenario").statements.front());
+  EXPECT_TRUE(world->settled());
 }
 
 TEST_F(CheckTest, MapRemovalLostWhileEverythingIsThereIsNotExcused) {

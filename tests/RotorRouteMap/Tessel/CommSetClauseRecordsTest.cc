@@ -87,6 +87,23 @@ TEST_F(RecordsTest, CommListUserCollectionsComeAndGoWithNotifications) {
   EXPECT_EQ((Strings{"B", "A", "A", "B"}), seen.keys);
 }
 
+TEST_F(RecordsTest, CommListUserDelByIteratorWorksWhileWalking) {
+  auto users = Tessel::CommListUsers::create("comm-list-users");
+  std::vector<Orb::Ptr<Tessel::CommSetClauseMapEntryColl>> colls{users->commListUserIs("B"),
+                                                                 users->commListUserIs("A")};
+  TesselTest::Notifications seen(users);
+  EXPECT_FALSE(users->commListUserDel(users->commListUser().end()));
+  for (auto it = users->commListUser().begin(); it != users->commListUser().end();) {
+    auto const at = it++;
+    Orb::Ptr<Tessel::CommSetClauseMapEntryColl> const expected = at->second;
+    EXPECT_EQ(expected, users->commListUserDel(at));
+  }
+  EXPECT_TRUE(users->commListUser().empty());
+  for (auto const& coll : colls)
+    EXPECT_EQ(nullptr, coll->parent());
+  EXPECT_EQ((Strings{"A", "B"}), seen.keys);
+}
+
 TEST_F(RecordsTest, TextFormsReadBack) {
   MapEntryCommSetClause key("map \"x\"\x01", 4294967295u, commSetDelete_);
   std::string text = Tessel::valueToStrep(key);

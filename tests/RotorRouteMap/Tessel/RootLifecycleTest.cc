@@ -83,6 +83,14 @@ TEST_F(RootTest, RemovingCommListUsersDestroysTheStatusMachine) {
   EXPECT_TRUE(root->vrfStatusSm());
 }
 
+TEST_F(RootTest, ReplacingTheUserIndexUnlinksTheOldOne) {
+  Orb::Ptr<Tessel::CommListUsers> old = root->commListUsers();
+  root->commListUsersIs("renamed");
+  EXPECT_EQ(nullptr, old->parent());
+  EXPECT_EQ(Orb::Name("renamed"), root->commListUsers()->name());
+  EXPECT_EQ(root.get(), root->commListUsers()->parent());
+}
+
 TEST_F(RootTest, SecondRootTakesOverAndTheFirstGoesWhenReleased) {
   giveAllInputs();
   long liveWithFirst = Orb::Object::liveObjects();

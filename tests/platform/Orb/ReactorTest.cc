@@ -168,5 +168,64 @@ TEST_F(ReactorTest, ElementRemovingItselfWhileBeingMarkedIsSafe) {
   EXPECT_EQ(Object::liveObjects(), baseline);
 }
 
+TEST_F(ReactorTest, LastReleaseRetiresTheReactorAndItsElementsBeforeDestruction) {
+  addMembers({1, 2, 3});
+  Log expected = delsInCollectionOrder({"owner: del"});
+  owner = nullptr;
+  EXPECT_EQ(log, expected);
+  EXPECT_EQ(Object::liveObjects(), baseline - 1);
+  EXPECT_EQ(source->notifiees(), 0u);
+}
+
+TEST_F(ReactorTest, ElementHeldElsewhereIsRetiredWhenItsCollectionGoes) {
+  addMembers({1, 2});
+  Ptr<Elem> held = owner->elems.find(2);
+  owner = nullptr;
+  EXPECT_TRUE(held->isZombie());
+  EXPECT_FALSE(held->hasNotificationActive() || held->watcher.hasNotificationActive());
+  source->valueIs();
+  EXPECT_EQ(log, (Log{"owner: del", "elem 1: del", "elem 2: del"}));
+}
+
+TEST_F(ReactorTest, HandlerKeepingAReferenceDuringLastReleaseDelaysDestruction) {
+  Ptr<Elem> lone = make<Elem>(source, 7, &log);
+  Ptr<Elem> kept;
+  Elem* raw = lone.get();
+  raw->onDel = [&kept, raw] { kept = raw; };
+  lone = nullptr;
+  ASSERT_EQ(kept.get(), raw);
+  EXPECT_TRUE(raw->isZombie());
+  EXPECT_EQ(log, (Log{"elem 7: del"}));
+  raw->onDel = nullptr;
+  kept = nullptr;
+  EXPECT_EQ(log, (Log{"elem 7: del"}));
+  owner = nullptr;
+  EXPECT_EQ(Object::liveObjects(), baseline - 1);
+}
+
+TEST_F(ReactorTest, SlotRetiresWhatItLetsGoExceptWhatIsTaken) {
+  std::vector<Ptr<Elem>> elems;
+  for (U32 k : {1, 2, 3}) {
+    elems.push_back(make<Elem>(source, k, &log));
+    elems.back()->hasNotificationActiveIs(true);
+  }
+  {
+    ReactorSlot<Elem> slot;
+    slot = elems[0];
+    slot = elems[0];
+    EXPECT_EQ(log, Log{}) << "storing the same reactor again keeps it";
+    slot = elems[1];
+    Ptr<Elem> taken = slot.take();
+    EXPECT_FALSE(slot);
+    EXPECT_TRUE(!taken->isZombie() && !taken->watcher.hasNotificationActive());
+    slot = elems[2];
+  }
+  EXPECT_EQ(log, (Log{"elem 1: del", "elem 3: del"}));
+  for (std::size_t i : {0u, 2u})
+    EXPECT_TRUE(elems[i]->isZombie() && !elems[i]->watcher.hasNotificationActive()) << i;
+  elems.clear();
+  EXPECT_EQ(log, (Log{"elem 1: del", "elem 3: del", "elem 2: del"})) << "taken: marked at release";
+}
+
 }  // namespace
 }  // namespace Orb

@@ -7,6 +7,7 @@
 
 #include "Orb/EnumText.h"
 #include "Orb/Text.h"
+#include "Orb/Trace.h"
 #include "Orb/TypeRegistry.h"
 
 namespace Orb {
@@ -109,12 +110,18 @@ TEST(EnumText, NamesWhereKnownNumbersOtherwiseAndNothingElse) {
 struct Target : Object {
   int touched = 0;
 };
+struct Bystander : Object {};
 
 TypeRegistration const touchRegistration{TypeInfo{
     "OrbTest.Touch",
     {{1, "mtu"}},
     {{"touch", [](Object& o) { ++static_cast<Target&>(o).touched; }}},
-}};
+}
+                                             .objectsOf<Target>()};
+
+int unchecked = 0;
+TypeRegistration const uncheckedRegistration{
+    TypeInfo{"OrbTest.Unchecked", {}, {{"count", [](Object&) { ++unchecked; }}}}};
 
 TEST(TypeRegistryTest, FindsRegisteredTypesTheirAttributeNamesAndActions) {
   auto& registry = TypeRegistry::instance();
@@ -130,6 +137,27 @@ TEST(TypeRegistryTest, FindsRegisteredTypesTheirAttributeNamesAndActions) {
   EXPECT_FALSE(registry.doAction("OrbTest.Touch", "missing", *target));
   EXPECT_FALSE(registry.doAction("OrbTest.Missing", "touch", *target));
   EXPECT_EQ(target->touched, 1);
+}
+
+TEST(TypeRegistryTest, ActionOnAnObjectOfAnotherTypeIsRefusedAndTraced) {
+  struct : TraceSink {
+    void traceLine(int level, std::string_view, int, std::string_view text) override {
+      lines += std::to_string(level) + " " + std::string(text) + "\n";
+    }
+    std::string lines;
+  } sink;
+  TraceSink* previous = traceSinkIs(&sink);
+  auto& registry = TypeRegistry::instance();
+  Ptr<Bystander> bystander = make<Bystander>();
+  EXPECT_FALSE(registry.doAction("OrbTest.Touch", "touch", *bystander));
+  EXPECT_FALSE(registry.doAction("OrbTest.Unchecked", "count", *bystander))
+      << "a type that cannot check its objects runs no action";
+  EXPECT_EQ(unchecked, 0);
+  traceSinkIs(previous);
+  EXPECT_EQ(
+      sink.lines,
+      "0 Error: action touch of OrbTest.Touch refused: the object is of another type\n"
+      "0 Error: action count of OrbTest.Unchecked refused: the type cannot check its objects\n");
 }
 
 }  // namespace

@@ -25,7 +25,8 @@ bool World::allPresent() const noexcept {
 }
 
 bool World::settled() const {
-  return allPresent() && dirty_.empty();
+  return allPresent() && std::all_of(pending_.begin(), pending_.end(),
+                                     [](auto const& names) { return names.empty(); });
 }
 
 void World::inputIs(Input input, bool present) {
@@ -59,29 +60,28 @@ void World::apply(Statement const& statement) {
   }
   Effect const& effect = statement.effect;
   bool const up = allPresent();
+  std::set<Orb::Name>& pending = pending_[index(effect.object)];
   switch (effect.kind) {
     case Effect::Kind::none:
       break;
-    case Effect::Kind::mapChanged:
-      dirty_.insert(effect.map);
-      // A map made while the reactor is up gets a reactor of its own, whose
-      // first resend deletes whatever the engine still held under the name.
-      if (up) stale_.erase(effect.map);
+    case Effect::Kind::changed:
+      pending.insert(effect.name);
+      // An object made while everything is there gets a reactor of its own,
+      // whose first send replaces whatever the engine still held under the
+      // name; one made while an input is away is sent whole when it is back.
+      removedWhileAway_[index(effect.object)].erase(effect.name);
       break;
-    case Effect::Kind::mapVersioned:
-      dirty_.erase(effect.map);
+    case Effect::Kind::sent:
+      pending.erase(effect.name);
       break;
-    case Effect::Kind::mapRemoved:
-      dirty_.erase(effect.map);
-      if (!up) removedWhileAway_.insert(effect.map);
+    case Effect::Kind::removed:
+      pending.erase(effect.name);
+      if (!up) removedWhileAway_[index(effect.object)].insert(effect.name);
       break;
-    case Effect::Kind::sequenceRemoved:
-      // The last sequence takes the whole map out of the engine, so nothing
-      // of it lags any more.
-      if (auto map = live_.routeMapConfig->routeMap(effect.map);
-          up && map && map->mapEntry().empty()) {
-        dirty_.erase(effect.map);
-      }
+    case Effect::Kind::partRemoved:
+      // Removing the last part takes the whole object out of the engine, so
+      // nothing of it lags any more.
+      if (up && effect.emptied && effect.emptied(live_, effect.name)) pending.erase(effect.name);
       break;
     case Effect::Kind::inputTaken:
       if (inputPresent(effect.input)) inputIs(effect.input, false);
@@ -89,14 +89,11 @@ void World::apply(Statement const& statement) {
     case Effect::Kind::inputGiven:
       if (inputPresent(effect.input)) break;
       inputIs(effect.input, true);
-      if (!allPresent()) break;
-      // A new VrfStatusSm has resent every map whole, and only those.
-      dirty_.clear();
-      stale_.insert(removedWhileAway_.begin(), removedWhileAway_.end());
-      removedWhileAway_.clear();
-      std::erase_if(stale_, [&](Orb::Name const& name) {
-        return live_.routeMapConfig->routeMap(name) != nullptr;
-      });
+      // A new VrfStatusSm has resent every object whole, and only those.
+      if (allPresent()) {
+        for (auto& names : pending_)
+          names.clear();
+      }
       break;
   }
 }

@@ -65,22 +65,42 @@ class ScenarioError : public std::runtime_error {
   int line_;
 };
 
+/// The configuration objects whose engine state can lag behind the
+/// configuration, each kind named by its statements.
+enum class ObjectKind : unsigned {
+  routeMap,
+  peerFilter,
+  ipv4PrefixList,
+  ipv6PrefixList,
+  asPathList,
+  communityList,
+  acl,
+  dynamicPrefixList,
+  policyMapEntry,
+};
+inline constexpr std::size_t objectKindCount = 9;
+
 /// What a statement does to the question "should the engine now hold exactly
-/// the configuration?". A map changed since its last version bump is not yet
-/// sent; an input taken away freezes the engine until it is given back.
+/// the configuration?". An object changed but not yet sent is pending; an
+/// input taken away freezes the engine until it is given back.
 struct Effect {
   enum class Kind {
     none,
-    mapChanged,       // a sequence, rule or field of `map` changed
-    mapVersioned,     // `map` was resent whole
-    mapRemoved,       // `map` left the configuration
-    sequenceRemoved,  // a sequence of `map` left; sent by itself
+    changed,      // a part or field of the object changed; pending until sent
+    sent,         // the object was sent whole, e.g. at its version bump
+    removed,      // the object left the configuration
+    partRemoved,  // a part of the object left and was sent by itself
     inputTaken,
     inputGiven,
   };
   Kind kind = Kind::none;
-  Orb::Name map;
+  ObjectKind object = ObjectKind::routeMap;
+  Orb::Name name;
   Input input = Input::routeMapConfig;
+  /// For `partRemoved`: whether the object, as the statement left the
+  /// configuration, has no part left, which took it out of the engine whole
+  /// and with it whatever was pending. Null: it never does.
+  bool (*emptied)(Inputs const&, Orb::Name const&) = nullptr;
 };
 
 /// One statement, ready to run.

@@ -36,10 +36,15 @@ class World {
   /// raised by the statement leaves both as they were.
   void apply(Statement const& statement);
 
-  /// Whether nothing is pending: every input present and every map resent
-  /// since its last change. Only then must the engine hold exactly what a
-  /// fresh root would send for the configuration.
+  /// Whether nothing is pending: every input present and every object of
+  /// every kind sent since its last change. Only then must the engine hold
+  /// exactly what a fresh root would send for the configuration.
   bool settled() const;
+
+  /// The objects of `kind` changed and not sent since.
+  std::set<Orb::Name> const& pending(ObjectKind kind) const noexcept {
+    return pending_[index(kind)];
+  }
 
   Rib::RecordingSink const& recording() const noexcept { return recording_; }
   /// The engine as the live stream left it.
@@ -51,10 +56,17 @@ class World {
   Inputs const& shadow() const noexcept { return shadow_; }
   bool inputPresent(Input input) const noexcept { return present_[index(input)]; }
 
-  /// Maps that left the configuration while the route-map reactor was away
-  /// and that the engine therefore still holds: a new reactor only sends
-  /// what is there.
-  std::set<Orb::Name> const& staleMaps() const noexcept { return stale_; }
+  /// Objects of `kind` that left the configuration while an input was away
+  /// and were not made again since. A new reactor only sends what is there,
+  /// so the engine may still hold them; whether it does is the kind's to say
+  /// (see the known divergences in Check.cc).
+  std::set<Orb::Name> const& removedWhileAway(ObjectKind kind) const noexcept {
+    return removedWhileAway_[index(kind)];
+  }
+  /// Route maps that the engine holds although they left the configuration.
+  std::set<Orb::Name> const& staleMaps() const noexcept {
+    return removedWhileAway(ObjectKind::routeMap);
+  }
 
   /// Commands and commits for which `keep` is false are still recorded but
   /// never reach the model (null keeps everything), so a test can plant a
@@ -65,6 +77,7 @@ class World {
 
  private:
   static std::size_t index(Input input) noexcept { return static_cast<std::size_t>(input); }
+  static std::size_t index(ObjectKind kind) noexcept { return static_cast<std::size_t>(kind); }
   bool allPresent() const noexcept;
   void inputIs(Input input, bool present);
 
@@ -91,11 +104,12 @@ class World {
   Inputs shadow_ = Inputs::create();
   Orb::Ptr<Tessel::Root> root_;
   std::array<bool, inputCount> present_{};
-  /// Maps changed since their last version; their engine state lags.
-  std::set<Orb::Name> dirty_;
-  /// Maps removed while an input was away, until the reactor comes back.
-  std::set<Orb::Name> removedWhileAway_;
-  std::set<Orb::Name> stale_;
+  /// Per object kind, the objects changed since they were last sent; their
+  /// engine state lags.
+  std::array<std::set<Orb::Name>, objectKindCount> pending_;
+  /// Per object kind, the objects removed while an input was away and not
+  /// made again since.
+  std::array<std::set<Orb::Name>, objectKindCount> removedWhileAway_;
 };
 
 }  // namespace Scenario

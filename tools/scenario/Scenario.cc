@@ -1,0 +1,321 @@
+// Reading scenarios: lines into words, words into statements through the
+// configuration kinds' tables of statements and of the clauses indented under
+// them, so a new statement is one more row and a new kind one more table.
+#include "Scenario.h"
+
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <sstream>
+
+#include "Orb/RangeError.h"
+#include "ScenarioParse.h"
+
+namespace Scenario {
+
+namespace {
+
+constexpr std::array<std::string_view, inputCount> kInputNames = {
+    "route-map-config", "peer-filter-config",         "acl-list-config",
+    "acl-config",       "dynamic-prefix-list-config", "policy-map",
+};
+
+}  // namespace
+
+std::string_view inputName(Input input) noexcept {
+  return kInputNames[static_cast<std::size_t>(input)];
+}
+
+Inputs Inputs::create() {
+  return Inputs{
+      Routing::RouteMap::Config::create("routeMapConfig"),
+      Routing::RouteMap::PeerFilterConfig::create("peerFilterConfig"),
+      Acl::AclListConfig::create("aclListConfig"),
+      Acl::Config::create("aclConfig"),
+      Routing::DynamicPrefixList::Config::create("dynPfxListConfig"),
+      RoutingPolicyMap::PolicyMap::create("policyMap"),
+  };
+}
+
+std::string quoted(std::string_view word) {
+  return "'" + std::string(word) + "'";
+}
+
+std::optional<long long> integerOf(std::string_view text) {
+  long long v = 0;
+  int base = 10;
+  if (text.starts_with("0x")) {
+    text.remove_prefix(2);
+    base = 16;
+  }
+  auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), v, base);
+  if (text.empty() || ec != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return v;
+}
+
+long long numberIn(Words& w, std::string_view what, long long lo, long long hi) {
+  std::string const& word = w.take(what);
+  auto v = integerOf(word);
+  if (!v || *v < lo || *v > hi) w.fail(what, word);
+  return *v;
+}
+
+Orb::U32 u32(Words& w, std::string_view what) {
+  return static_cast<Orb::U32>(numberIn(w, what, 0, 0xffffffffLL));
+}
+
+Orb::S32 s32(Words& w, std::string_view what) {
+  return static_cast<Orb::S32>(numberIn(w, what, INT32_MIN, INT32_MAX));
+}
+
+std::size_t oneOf(Words& w, std::string_view what, std::span<std::string_view const> names) {
+  std::string const& word = w.take(what);
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    if (word == names[i]) return i;
+  }
+  w.fail(what, word);
+}
+
+namespace {
+
+// ---- statements of the scenario itself
+
+void parseVrf(Words& w, Context& c, Statement&) {
+  std::string const& name = w.take("VRF name");
+  w.expectEnd();
+  if (c.begun) throw Refusal("expected 'vrf' before every other statement");
+  try {
+    c.scenario->vrf = L3::VrfName(Orb::String(name));
+  } catch (Orb::RangeError const& e) {
+    throw Refusal(std::string("expected a VRF name of at most 100 bytes: ") + e.what());
+  }
+}
+
+void parseInput(Words& w, Context&, Statement& s) {
+  std::string what = "an input (";
+  for (std::string_view name : kInputNames)
+    what += std::string(name) + (name == kInputNames.back() ? ")" : ", ");
+  auto input = Input(oneOf(w, what, kInputNames));
+  static constexpr std::array<std::string_view, 2> states = {"off", "on"};
+  bool on = oneOf(w, "off or on", states) == 1;
+  w.expectEnd();
+  s.effect.kind = on ? Effect::Kind::inputGiven : Effect::Kind::inputTaken;
+  s.effect.input = input;
+}
+
+/// Before every other statement; yields no statement.
+Row const kHeader[] = {
+    {{"vrf"}, parseVrf},
+};
+
+Row const kInputStatements[] = {
+    {{"input"}, parseInput},
+};
+
+// ---- the statement table
+
+/// The top-level statements, by configuration kind, in the order refusals
+/// list them. A new kind adds its table here.
+std::span<Rows const> statementTables() {
+  static Rows const tables[] = {
+      routeMapStatements(),
+      kInputStatements,
+  };
+  return tables;
+}
+
+enum class Place {
+  header,  // before every other statement; yields no statement
+  top,     // at the start of a line; ends any block
+  clause,  // indented under the line that opened its block
+};
+
+struct Entry {
+  Row const* row;
+  Place place;
+  /// The block a clause belongs to.
+  BlockKind const* block;
+};
+
+/// Every statement and clause, the header first, then the top-level
+/// statements, then the clauses of each block in the order the statements
+/// opening them come.
+std::vector<Entry> const& entries() {
+  static std::vector<Entry> const all = [] {
+    std::vector<Entry> out;
+    for (Row const& row : kHeader)
+      out.push_back({&row, Place::header, nullptr});
+    std::vector<BlockKind const*> blocks;
+    for (Rows table : statementTables()) {
+      for (Row const& row : table) {
+        out.push_back({&row, Place::top, nullptr});
+        if (row.opens && std::find(blocks.begin(), blocks.end(), row.opens) == blocks.end())
+          blocks.push_back(row.opens);
+      }
+    }
+    for (BlockKind const* block : blocks) {
+      for (Rows table : block->rows) {
+        for (Row const& row : table)
+          out.push_back({&row, Place::clause, block});
+      }
+    }
+    return out;
+  }();
+  return all;
+}
+
+/// "match, set and sub-route-map clauses" for every kind of block.
+std::string const& indentedClauses() {
+  static std::string const text = [] {
+    std::string out;
+    BlockKind const* last = nullptr;
+    for (Entry const& e : entries()) {
+      if (e.place != Place::clause || e.block == last) continue;
+      last = e.block;
+      out += (out.empty() ? "" : " and ") + std::string(e.block->clauses);
+    }
+    return out;
+  }();
+  return text;
+}
+
+/// The longest entry whose words come next, among those `eligible`.
+template <class Eligible>
+Entry const* longestEntry(Words const& w, Eligible eligible) {
+  Entry const* best = nullptr;
+  for (Entry const& e : entries()) {
+    if (!eligible(e) || !w.startsWith(e.row->words)) continue;
+    if (!best || e.row->words.size() > best->row->words.size()) best = &e;
+  }
+  return best;
+}
+
+/// The statement or clause that starts the line, consumed. The clauses of
+/// the open block come before those of other blocks with the same words.
+Entry const& entryOf(Words& w, Context const& c) {
+  BlockKind const* open = c.block ? c.block->kind : nullptr;
+  Entry const* best =
+      longestEntry(w, [&](Entry const& e) { return e.place != Place::clause || e.block == open; });
+  if (!best) best = longestEntry(w, [](Entry const&) { return true; });
+  if (best) {
+    w.accept(best->row->words);
+    return *best;
+  }
+  std::string alternatives;
+  std::string firsts;
+  std::vector<std::string_view> seen;
+  for (Entry const& e : entries()) {
+    auto const& words = e.row->words;
+    if (std::find(seen.begin(), seen.end(), words.front()) == seen.end()) {
+      seen.push_back(words.front());
+      firsts += (firsts.empty() ? "" : ", ") + std::string(words.front());
+    }
+    if (words.size() < 2 || words.front() != w.peek()) continue;
+    alternatives += alternatives.empty() ? "" : ", ";
+    alternatives += std::string(words[0]) + " " + std::string(words[1]);
+  }
+  if (!alternatives.empty()) {
+    w.take("");
+    if (w.atEnd()) throw Refusal("expected one of " + alternatives + ", got end of line");
+    w.fail("one of " + alternatives, w.peek());
+  }
+  w.fail("a statement (" + firsts + ")", w.peek());
+}
+
+std::string joined(std::vector<std::string_view> const& words) {
+  std::string out;
+  for (auto w : words)
+    out += (out.empty() ? "" : " ") + std::string(w);
+  return out;
+}
+
+/// The line without its comment (from a `#` that starts a word) and
+/// without trailing blanks.
+std::string bodyOf(std::string_view line) {
+  for (std::size_t i = 0; i < line.size(); ++i) {
+    if (line[i] == '#' && (i == 0 || line[i - 1] == ' ' || line[i - 1] == '\t')) {
+      line = line.substr(0, i);
+      break;
+    }
+  }
+  while (!line.empty() && (line.back() == ' ' || line.back() == '\t' || line.back() == '\r'))
+    line.remove_suffix(1);
+  return std::string(line);
+}
+
+std::vector<std::string> wordsOf(std::string const& body) {
+  std::istringstream in(body);
+  return {std::istream_iterator<std::string>(in), std::istream_iterator<std::string>()};
+}
+
+}  // namespace
+
+Scenario parse(std::string_view text, std::string const& file) {
+  Scenario scenario;
+  scenario.file = file;
+  Context context;
+  context.scenario = &scenario;
+  int lineNo = 0;
+  while (!text.empty()) {
+    std::size_t eol = text.find('\n');
+    std::string_view line = text.substr(0, eol);
+    text.remove_prefix(eol == std::string_view::npos ? text.size() : eol + 1);
+    ++lineNo;
+    std::string body = bodyOf(line);
+    if (body.find_first_not_of(" \t") == std::string::npos) continue;
+    bool const indented = body[0] == ' ' || body[0] == '\t';
+    try {
+      Words words(wordsOf(body));
+      Entry const& entry = entryOf(words, context);
+      Row const& row = *entry.row;
+      Statement statement;
+      statement.line = lineNo;
+      statement.text = body;
+      switch (entry.place) {
+        case Place::header:
+        case Place::top:
+          if (indented) {
+            throw Refusal("expected '" + joined(row.words) + "' at the start of the line (only " +
+                          indentedClauses() + " are indented)");
+          }
+          context.block.reset();
+          break;
+        case Place::clause:
+          if (!context.block || context.block->kind != entry.block) {
+            throw Refusal("expected " + std::string(entry.block->opener) + " before '" +
+                          joined(row.words) + "'");
+          }
+          if (!indented) {
+            throw Refusal("expected '" + joined(row.words) + "' indented under " +
+                          std::string(entry.block->under));
+          }
+          break;
+      }
+      row.parse(words, context, statement);
+      if (entry.place == Place::header) continue;
+      context.begun = true;
+      scenario.statements.push_back(std::move(statement));
+    } catch (Refusal const& r) {
+      throw ScenarioError(file, lineNo, r.what());
+    }
+  }
+  return scenario;
+}
+
+Scenario parseFile(std::string const& path) {
+  std::ostringstream text;
+  if (path == "-") {
+    text << std::cin.rdbuf();
+    return parse(text.str(), "<stdin>");
+  }
+  std::ifstream in(path, std::ios::binary);
+  if (!in) throw std::runtime_error("cannot read " + path + ": " + std::strerror(errno));
+  text << in.rdbuf();
+  return parse(text.str(), path);
+}
+
+}  // namespace Scenario
