@@ -15,8 +15,9 @@ namespace {
 constexpr std::string_view kUsage =
     "usage: policy-replay [options] SCENARIO\n"
     "\n"
-    "Runs the scenario ('-' reads standard input) against a root with all six\n"
-    "inputs and prints the engine commands it sends, one canonical line each.\n"
+    "Runs the scenario against a root with all six inputs and prints the\n"
+    "engine commands it sends, one canonical line each, as they are sent. The\n"
+    "scenario is a regular file of at most 8 MiB; '-' reads standard input.\n"
     "\n"
     "options:\n"
     "  --trace LEVEL  trace lines up to LEVEL (0-9) on standard error\n"
@@ -27,6 +28,20 @@ constexpr std::string_view kUsage =
     "  --help         this text\n"
     "\n"
     "exit status: 0 done, 1 divergence found, 2 bad usage or bad scenario\n";
+
+static_assert(Scenario::maxScenarioBytes == 8 * 1024 * 1024, "the usage text names the limit");
+
+// Prints each command and commit as it is sent and keeps nothing, so the
+// replay's memory does not grow with its output.
+class StdoutStream final : public Rib::EngineSink {
+ public:
+  void execute(Rib::CogOp const& op) override {
+    std::cout << Rib::commandLine(Rib::RecordedCommand::of(op)) << '\n';
+  }
+  void commit(Rib::CommitKind kind) override {
+    std::cout << Rib::commandLine(Rib::RecordedCommand::of(kind)) << '\n';
+  }
+};
 
 class StderrTrace final : public Orb::TraceSink {
  public:
@@ -48,7 +63,7 @@ struct Options {
 };
 
 [[noreturn]] void usageError(std::string const& message) {
-  std::cerr << "policy-replay: " << message << "\n" << kUsage;
+  std::cerr << "policy-replay: " << Scenario::printable(message) << "\n" << kUsage;
   std::exit(2);
 }
 
@@ -84,6 +99,7 @@ Options optionsOf(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  std::ios::sync_with_stdio(false);
   Options const options = optionsOf(argc, argv);
   Scenario::Scenario scenario;
   try {
@@ -100,21 +116,17 @@ int main(int argc, char** argv) {
   Orb::TraceSink* previousTrace = Orb::traceSinkIs(options.trace >= 0 ? &trace : nullptr);
   int status = 0;
   {
-    Scenario::World world({scenario.vrf, options.check});
-    std::size_t printed = 0;
-    // Printing after every statement keeps the stream next to the trace and
+    StdoutStream stream;
+    Scenario::World world({scenario.vrf, options.check, &stream, options.check || options.state});
+    // Flushing after every statement keeps the stream next to the trace and
     // shows what was sent before a failure.
-    auto flush = [&] {
-      auto const& records = world.recording().records();
-      for (; printed < records.size(); ++printed)
-        std::cout << Rib::commandLine(records[printed]) << '\n';
-      std::cout.flush();
-    };
+    auto flush = [] { std::cout.flush(); };
     flush();
     Scenario::RunHooks hooks;
     if (options.trace >= 0) {
       hooks.before = [&](Scenario::Statement const& s) {
-        std::cerr << "== " << scenario.file << ':' << s.line << ": " << s.text << '\n';
+        std::cerr << "== " << Scenario::printable(scenario.file) << ':' << s.line << ": "
+                  << Scenario::printable(s.text) << '\n';
       };
     }
     hooks.after = [&](Scenario::Statement const&) { flush(); };
@@ -123,8 +135,8 @@ int main(int argc, char** argv) {
       for (auto const& note : result.notes)
         std::cerr << note << '\n';
       if (result.divergence) {
-        std::cerr << scenario.file << ':' << result.divergence->line << ": "
-                  << result.divergence->statement << '\n'
+        std::cerr << Scenario::printable(scenario.file) << ':' << result.divergence->line << ": "
+                  << Scenario::printable(result.divergence->statement) << '\n'
                   << result.divergence->report;
         status = 1;
       } else if (options.check) {

@@ -6,8 +6,21 @@
 
 namespace Scenario {
 
+namespace {
+
+std::vector<Rib::EngineSink*> sinksOf(World::Options const& options, Rib::EngineSink& model) {
+  std::vector<Rib::EngineSink*> sinks;
+  if (options.stream) sinks.push_back(options.stream);
+  if (options.model) sinks.push_back(&model);
+  return sinks;
+}
+
+}  // namespace
+
 World::World(Options options)
-    : options_(std::move(options)), previousSink_(Rib::engineSinkIs(&sink_)) {
+    : options_(std::move(options)),
+      sink_(sinksOf(options_, modelFeed_)),
+      previousSink_(Rib::engineSinkIs(&sink_)) {
   root_ = Tessel::rootFactory("root");
   root_->vrfNameIs(options_.vrf);
   for (std::size_t i = 0; i < inputCount; ++i)

@@ -1,5 +1,6 @@
 // The world a scenario runs in: a root on live configuration inputs, its engine
-// stream (recorded and modelled), and an unwatched shadow copy for the check.
+// stream (modelled, and shown to whoever asks), and an unwatched shadow copy
+// for the check.
 #pragma once
 
 #include <array>
@@ -7,8 +8,8 @@
 #include <set>
 
 #include "FanOutSink.h"
+#include "Rib/CommandText.h"
 #include "Rib/EngineModel.h"
-#include "Rib/RecordingSink.h"
 #include "Scenario.h"
 #include "Tessel/Root.h"
 
@@ -23,6 +24,14 @@ class World {
     /// Keep the shadow configuration the check replays; off saves the work
     /// when nothing is checked.
     bool shadow = true;
+    /// Sees every command and commit as it is sent, before the model does
+    /// (null: nobody). The world itself keeps none of them, so a long run
+    /// costs no more memory than a short one; the stream's reader decides
+    /// what to keep.
+    Rib::EngineSink* stream = nullptr;
+    /// Apply the stream to the engine model; off when nothing will read the
+    /// model (no check, no state), which saves most of a long run's work.
+    bool model = true;
   };
 
   /// Installs the engine sinks, then makes the root with all six inputs, so
@@ -46,7 +55,6 @@ class World {
     return pending_[index(kind)];
   }
 
-  Rib::RecordingSink const& recording() const noexcept { return recording_; }
   /// The engine as the live stream left it.
   Rib::EngineModel const& model() const noexcept { return model_; }
   L3::VrfName const& vrf() const noexcept { return options_.vrf; }
@@ -95,10 +103,9 @@ class World {
   };
 
   Options options_;
-  Rib::RecordingSink recording_;
   Rib::EngineModel model_;
   ModelFeed modelFeed_{model_};
-  FanOutSink sink_{{&recording_, &modelFeed_}};
+  FanOutSink sink_;
   Rib::EngineSink* previousSink_;
   Inputs live_ = Inputs::create();
   Inputs shadow_ = Inputs::create();
