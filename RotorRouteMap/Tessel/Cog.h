@@ -9,6 +9,7 @@
 
 #include "Acl/Enums.h"
 #include "Kiwi/IpAddr.h"
+#include "Kiwi/Prefix.h"
 #include "L3/VrfName.h"
 #include "Orb/Ptr.h"
 #include "Orb/String.h"
@@ -47,6 +48,31 @@ class Cog : public Orb::Object {
   /// The engine's name of a prefix list: IPv6 lists share the node space of
   /// IPv4 lists and are kept apart by a ".ipv6." prefix.
   static Orb::String prefixListId(Orb::String const& name, PrefixListFamily family);
+
+  // Prefix lists and standard IP access lists. None of these commits.
+
+  /// Creates the node of an IPv4 list under its engine name.
+  void doAddIpPrefixList(Orb::String const& name);
+  /// Creates the node of an IPv6 list under its engine name.
+  void doAddIpv6PrefixList(Orb::String const& name);
+  /// One removal for both families; the engine drops the list's entries
+  /// with it.
+  void doDelIpPrefixList(Orb::String const& name, PrefixListFamily family);
+  /// Adds or replaces one entry. A zero ge and le send the prefix's own
+  /// length as both bounds; otherwise only the configured bounds are sent.
+  /// Any action other than deny is sent as permit.
+  void doAddIpPrefixListEntry(Orb::String const& name, U32 seqno, Acl::MatchPermit action,
+                              Kiwi::Prefix const& prefix, U32 ge, U32 le);
+  void doAddIpv6PrefixListEntry(Orb::String const& name, U32 seqno, Acl::MatchPermit action,
+                                Kiwi::Ip6Prefix const& prefix, U32 ge, U32 le);
+  void doDelIpPrefixListEntry(Orb::String const& name, U32 seqno, PrefixListFamily family);
+  /// Standard ACLs go under their configured name, with no family prefix.
+  void doAddIpStdAcl(Orb::String const& name);
+  /// Sends the address and its full mask, the mask as a dotted address.
+  void doAddIpStdAclEntry(Orb::String const& name, U32 seqno, Acl::MatchPermit action,
+                          Kiwi::IpAddrWithFullMask const& source);
+  void doDelIpStdAcl(Orb::String const& name);
+  void doDelIpStdAclEntry(Orb::String const& name, U32 seqno);
 
   // Route maps and sequences. None of these commits.
 
@@ -154,6 +180,23 @@ class Cog : public Orb::Object {
   /// recorded yet: traces at error level until the community clauses arrive.
   void addRmClauseToCommListUsers(Orb::String const& mapName, U32 seqno,
                                   Orb::Ptr<Routing::RouteMap::CommunitySet const> const& commSet);
+
+  // AS-path access lists and the AS-path regular-expression mode. Lists are
+  // keyed by "/policy/asplist " + name, entries by seqno + "/asplist/entry".
+  // None of these commits.
+
+  /// Makes the list node; its value carries the plain name.
+  void doAddAsPathList(Orb::String const& name);
+  /// Removes the list node with whatever entries the engine holds under it.
+  void doDeleteAsPathList(Orb::String const& name);
+  /// Writes one entry. The origin goes as 256 plus one bit per known origin
+  /// (none for an unknown one); a deny entry carries no action at all.
+  void doAddAsPathListEntry(Orb::String const& name, U32 seqno, Acl::MatchPermit permit,
+                            Orb::String const& regex, Acl::BGPOrigin origin);
+  void doDelAsPathListEntry(Orb::String const& name, U32 seqno);
+  /// The dialect the engine compiles AS-path expressions in: mode 1 is the
+  /// engine's 2, every other mode its 1.
+  void doAsPathRegexMode(Acl::RegexMode mode);
 
  private:
   L3::VrfName vrfName_;

@@ -1,11 +1,13 @@
-// Prefix-list naming in the engine: the family and the engine's identifier of
-// a configured list.
+// Prefix lists in the engine: the family, the engine's identifier of a
+// configured list, and the list and entry commands of both families.
 #include <ostream>
 
 #include "Orb/Assert.h"
 #include "Orb/EnumText.h"
+#include "Orb/Trace.h"
 #include "Orb/TypeRegistry.h"
 #include "Tessel/Cog.h"
+#include "Tessel/TraceLevels.h"
 
 namespace Tessel {
 
@@ -41,6 +43,89 @@ Orb::String Cog::prefixListId(Orb::String const& name, PrefixListFamily family) 
   // An IPv4 list named ".ipv6.X" meets the IPv6 list X in the engine; names
   // are not checked against that.
   return ".ipv6." + name;
+}
+
+namespace {
+
+RibPath listPath(Cog const& cog, Orb::String const& name, Cog::PrefixListFamily family) {
+  RibPath path = cog.ribPathIs(512);
+  path->doPushPath(603);
+  path->doPushString(515, Cog::prefixListId(name, family));
+  return path;
+}
+
+RibPath entryPath(Cog const& cog, Orb::String const& name, U32 seqno,
+                  Cog::PrefixListFamily family) {
+  RibPath path = listPath(cog, name, family);
+  path->doPushU32(516, seqno);
+  return path;
+}
+
+void addList(Cog const& cog, char const* opName, Orb::String const& name,
+             Cog::PrefixListFamily family) {
+  Orb::Ptr<Rib::CogOp> op = ribOpIs(opName, listPath(cog, name, family));
+  op->values->doPushString(0, Cog::prefixListId(name, family));
+  op->doExecute();
+}
+
+/// Everything after the address: its length, then the length range. With no
+/// bound configured the prefix's own length is sent as both, so the entry
+/// matches that length exactly.
+void pushLengths(Rib::CogValueTagArray& values, U32 lengthTag, U32 length, U32 ge, U32 le) {
+  values.doPushU32(lengthTag, length);
+  if (ge == 0 && le == 0) {
+    values.doPushU32(6, length);
+    values.doPushU32(7, length);
+    return;
+  }
+  if (ge != 0) values.doPushU32(6, ge);
+  if (le != 0) values.doPushU32(7, le);
+}
+
+}  // namespace
+
+void Cog::doAddIpPrefixList(Orb::String const& name) {
+  addList(*this, "doAddIpPrefixList", name, ipv4);
+}
+
+void Cog::doAddIpv6PrefixList(Orb::String const& name) {
+  addList(*this, "doAddIpv6PrefixList", name, ipv6);
+}
+
+void Cog::doDelIpPrefixList(Orb::String const& name, PrefixListFamily family) {
+  Orb::Ptr<Rib::CogOp> op = ribOpIs("doDelIpPrefixList", listPath(*this, name, family));
+  op->isDelete = true;
+  op->doExecute();
+}
+
+void Cog::doAddIpPrefixListEntry(Orb::String const& name, U32 seqno, Acl::MatchPermit action,
+                                 Kiwi::Prefix const& prefix, U32 ge, U32 le) {
+  ORB_TRACE(traceCommand, "doAddIpPrefixListEntry " << seqno << " " << prefix);
+  Orb::Ptr<Rib::CogOp> op = ribOpIs("doAddIpPrefixListEntry", entryPath(*this, name, seqno, ipv4));
+  op->values->doPushU32(9, seqno);
+  op->values->doPushFlag(8, action != Acl::deny);
+  op->values->doPushIpAddr(0, prefix.address());
+  pushLengths(*op->values, 2, prefix.length(), ge, le);
+  op->doExecute();
+}
+
+void Cog::doAddIpv6PrefixListEntry(Orb::String const& name, U32 seqno, Acl::MatchPermit action,
+                                   Kiwi::Ip6Prefix const& prefix, U32 ge, U32 le) {
+  Orb::Ptr<Rib::CogOp> op =
+      ribOpIs("doAddIpv6PrefixListEntry", entryPath(*this, name, seqno, ipv6));
+  op->values->doPushU32(9, seqno);
+  op->values->doPushFlag(8, action != Acl::deny);
+  op->values->doPushIp6Addr(1, prefix.address());
+  pushLengths(*op->values, 3, prefix.length(), ge, le);
+  op->doExecute();
+}
+
+void Cog::doDelIpPrefixListEntry(Orb::String const& name, U32 seqno, PrefixListFamily family) {
+  ORB_TRACE(traceCommand, "doDelIpPrefixListEntry " << seqno);
+  Orb::Ptr<Rib::CogOp> op =
+      ribOpIs("doDelIpPrefixListEntry", entryPath(*this, name, seqno, family));
+  op->isDelete = true;
+  op->doExecute();
 }
 
 }  // namespace Tessel

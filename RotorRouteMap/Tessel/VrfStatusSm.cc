@@ -3,6 +3,7 @@
 
 #include "Orb/Trace.h"
 #include "Orb/TypeRegistry.h"
+#include "Tessel/AclListConfigSm.h"
 #include "Tessel/RouteMapConfigSm.h"
 #include "Tessel/TraceLevels.h"
 
@@ -38,6 +39,7 @@ void VrfStatusSm::handleInitialized() {
   // are checked against.
   L3::VrfName vrfName = rmRoot ? rmRoot->vrfName() : vrfName_;
   routeMapConfigSmIs(routeMapConfig_, vrfName, policyMap_);
+  aclListConfigSmIs(aclListConfig_, vrfName);
   initializedIs(true);
 }
 
@@ -54,6 +56,19 @@ void VrfStatusSm::routeMapConfigSmIs(Root::RouteMapConfigPtr const& config,
     return;
   }
   childIs(routeMapChild, routeMapConfigSmFactory(config, vrfName, policyMap));
+}
+
+AclListConfigSm* VrfStatusSm::aclListConfigSm() const noexcept {
+  return static_cast<AclListConfigSm*>(child(aclListChild));
+}
+
+void VrfStatusSm::aclListConfigSmIs(Root::AclListConfigPtr const& config,
+                                    L3::VrfName const& vrfName) {
+  if (AclListConfigSm* sm = aclListConfigSm();
+      sm && sm->aclListConfig() == config && sm->vrfName() == vrfName) {
+    return;
+  }
+  childIs(aclListChild, aclListConfigSmFactory(config, vrfName));
 }
 
 void VrfStatusSm::childIs(Child slot, Orb::Ptr<Orb::Reactor> reactor) {

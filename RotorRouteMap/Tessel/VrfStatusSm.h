@@ -13,6 +13,7 @@
 namespace Tessel {
 
 class RouteMapConfigSm;
+class AclListConfigSm;
 
 class VrfStatusSm : public Orb::Reactor {
  public:
@@ -40,6 +41,11 @@ class VrfStatusSm : public Orb::Reactor {
   /// same arguments) and switches its notifications on.
   void routeMapConfigSmIs(Root::RouteMapConfigPtr const& config, L3::VrfName const& vrfName,
                           Root::PolicyMapPtr const& policyMap);
+
+  AclListConfigSm* aclListConfigSm() const noexcept;
+  /// Creates the list reactor (keeping an existing one made with the same
+  /// arguments) and switches its notifications on.
+  void aclListConfigSmIs(Root::AclListConfigPtr const& config, L3::VrfName const& vrfName);
 
   /// Takes the reactor out of its slot with its notifications off; it goes
   /// when the caller drops it.

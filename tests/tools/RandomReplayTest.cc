@@ -59,6 +59,7 @@ class Generator {
   Step next() {
     // An input given back soon, as the machinery is frozen while it is away.
     if (!away_.empty() && below(3) == 0) return {"input " + std::exchange(away_, "") + " on"};
+    if (below(4) == 0) return asPathStep();
     int const r = below(100);
     if (r < 35 || maps_.empty()) {
       std::string const map = fill("{A|B|C}");
@@ -91,6 +92,28 @@ class Generator {
   }
 
  private:
+  /// An AS-path list entry (with an expression valid under both modes, one,
+  /// or none), a version, a removal, or a mode change.
+  Step asPathStep() {
+    int const r = below(100);
+    if (r < 40 || pathLists_.empty()) {
+      std::string const list = fill("{P|Q}");
+      pathLists_.insert(list);
+      return {fill("as-path-list " + list +
+                   " {10|20|30} {permit|deny} {_1_|_1_|(?:2)|65000)|(4}"
+                   "{|| origin {igp|egp|incomplete|3}}{||| valid {none|0|1|both}}")};
+    }
+    std::string const list = *std::next(pathLists_.begin(), below(pathLists_.size()));
+    if (r < 70) return {"version as-path-list " + list};
+    if (r < 80) return {fill("no as-path-list " + list + " {10|20|30}")};
+    if (r < 85) {
+      pathLists_.erase(list);
+      return {"no as-path-list " + list};
+    }
+    if (r < 88) return {"as-path-list " + list};
+    return {fill("as-path-regex-mode {asn|string|0|1|2}")};
+  }
+
   int below(std::size_t n) {
     return std::uniform_int_distribution<int>(0, static_cast<int>(n) - 1)(rng_);
   }
@@ -121,6 +144,7 @@ class Generator {
   std::mt19937 rng_;
   std::set<std::string> maps_;
   std::set<std::string> changed_;  // since their last version
+  std::set<std::string> pathLists_;
   std::string away_;
 };
 

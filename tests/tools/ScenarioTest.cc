@@ -139,11 +139,11 @@ TEST(ScenarioLanguage, RefusesBadLinesSayingWhereAndWhatWasExpected) {
   };
   Case const cases[] = {
       {"frobnicate R\n",
-       "t.scenario:1: expected a statement (vrf, route-map, no, version, route-map-mode, input, "
-       "match, set, sub-route-map), got 'frobnicate'"},
+       "t.scenario:1: expected a statement (vrf, route-map, no, version, route-map-mode, "
+       "as-path-list, as-path-regex-mode, input, match, set, sub-route-map), got 'frobnicate'"},
       {"no frob R\n",
-       "t.scenario:1: expected one of no route-map, no match, no set, no sub-route-map, got "
-       "'frob'"},
+       "t.scenario:1: expected one of no route-map, no as-path-list, no match, no set, "
+       "no sub-route-map, got 'frob'"},
       {"route-map R permit ten\n", "t.scenario:1: expected sequence number, got 'ten'"},
       {"route-map R allow 10\n", "t.scenario:1: expected permit or deny, got 'allow'"},
       {"version R now\n", "t.scenario:1: expected end of line, got 'now'"},

@@ -4,6 +4,7 @@
 #include "Check.h"
 
 #include <algorithm>
+#include <optional>
 #include <set>
 
 #include "Orb/Trace.h"
@@ -24,6 +25,36 @@ bool staleMapCovers(std::vector<Rib::PathElement> const& path, bool incremental,
   return world.removedWhileAway(ObjectKind::routeMap).contains(Orb::Name(path[1].text));
 }
 
+/// The AS-path list a node belongs to: [512 534 535="/policy/asplist NAME"]
+/// with entries [536 537=...] below; null for any other node. `entry` asks
+/// for an entry node.
+std::optional<Orb::Name> asPathListOf(std::vector<Rib::PathElement> const& path, bool entry) {
+  static constexpr std::string_view prefix = "/policy/asplist ";
+  if (path.size() < (entry ? 5u : 3u)) return std::nullopt;
+  if (path[0].kind != Kind::pathId || path[0].tag != 512) return std::nullopt;
+  if (path[1].kind != Kind::pathId || path[1].tag != 534) return std::nullopt;
+  if (path[2].kind != Kind::stringKey || path[2].tag != 535) return std::nullopt;
+  if (entry && (path[3].kind != Kind::pathId || path[3].tag != 536)) return std::nullopt;
+  std::string_view key = path[2].text.view();
+  if (!key.starts_with(prefix)) return std::nullopt;
+  return Orb::Name(std::string(key.substr(prefix.size())));
+}
+
+bool correctedEntryCovers(std::vector<Rib::PathElement> const& path, bool incremental,
+                          World const& world) {
+  // The fresh root sends the entries that the live one keeps out.
+  if (incremental || !world.asPathHoldBack()) return false;
+  auto name = asPathListOf(path, true);
+  return name && world.asPathHoldBack()->correctedInPlace(*name);
+}
+
+bool staleAsPathListCovers(std::vector<Rib::PathElement> const& path, bool incremental,
+                           World const& world) {
+  if (!incremental || !world.asPathHoldBack()) return false;
+  auto name = asPathListOf(path, false);
+  return name && world.asPathHoldBack()->stale(*name);
+}
+
 // Each kind's deliberate divergences, by name: a kind that differs on purpose
 // adds its entries (and their `covers` functions above) here, after the ones
 // already listed, so that notes keep their order.
@@ -33,6 +64,16 @@ KnownDivergence const kKnown[] = {
      "a route map removed while an input was taken away stays in the engine: the new reactor "
      "only sends the maps that are there",
      staleMapCovers},
+    // AS-path lists.
+    {"as-path-entry-corrected-in-place",
+     "an AS-path list withdrawn by an invalid entry stays withdrawn when that entry is made "
+     "valid in place, until the entry is removed or the mode changes; a fresh root sends it",
+     correctedEntryCovers},
+    {"as-path-list-removed-while-away",
+     "an AS-path list removed while an input was taken away stays in the engine, with its "
+     "entries, until it is removed again with the reactor there or the mode changes while it "
+     "is configured: the new reactor only clears the lists that are configured",
+     staleAsPathListCovers},
 };
 
 Rib::RecordedCommand deleteOf(std::vector<Rib::PathElement> const& path) {

@@ -171,6 +171,7 @@ Row const kInputStatements[] = {
 std::span<Rows const> statementTables() {
   static Rows const tables[] = {
       routeMapStatements(),
+      asPathStatements(),
       kInputStatements,
   };
   return tables;

@@ -138,5 +138,6 @@ struct Context {
 
 // Each configuration kind's top-level statements, listed in Scenario.cc.
 Rows routeMapStatements();
+Rows asPathStatements();
 
 }  // namespace Scenario

@@ -21,6 +21,7 @@ World::World(Options options)
     : options_(std::move(options)),
       sink_(sinksOf(options_, modelFeed_)),
       previousSink_(Rib::engineSinkIs(&sink_)) {
+  if (options_.shadow) asPathHoldBack_ = std::make_unique<AsPathHoldBack>(shadow_.aclListConfig);
   root_ = Tessel::rootFactory("root");
   root_->vrfNameIs(options_.vrf);
   for (std::size_t i = 0; i < inputCount; ++i)
@@ -64,6 +65,7 @@ void World::inputIs(Input input, bool present) {
       break;
   }
   present_[index(input)] = present;
+  if (asPathHoldBack_) asPathHoldBack_->upIs(allPresent());
 }
 
 void World::apply(Statement const& statement) {

@@ -5,8 +5,10 @@
 
 #include <array>
 #include <functional>
+#include <memory>
 #include <set>
 
+#include "AsPathHoldBack.h"
 #include "FanOutSink.h"
 #include "Rib/CommandText.h"
 #include "Rib/EngineModel.h"
@@ -76,6 +78,10 @@ class World {
     return removedWhileAway(ObjectKind::routeMap);
   }
 
+  /// The AS-path lists the engine may hold otherwise than a fresh root sends
+  /// them, as the shadow configuration says; null without a shadow.
+  AsPathHoldBack const* asPathHoldBack() const noexcept { return asPathHoldBack_.get(); }
+
   /// Commands and commits for which `keep` is false are still recorded but
   /// never reach the model (null keeps everything), so a test can plant a
   /// divergence.
@@ -117,6 +123,7 @@ class World {
   /// Per object kind, the objects removed while an input was away and not
   /// made again since.
   std::array<std::set<Orb::Name>, objectKindCount> removedWhileAway_;
+  std::unique_ptr<AsPathHoldBack> asPathHoldBack_;
 };
 
 }  // namespace Scenario

@@ -84,10 +84,11 @@ TEST_F(RouteMapReactorTest, NewStatusMachineSendsTheModeThenEveryMapInNameOrder)
   root->aclConfigIs(nullptr);
   EXPECT_EQ("", sent()) << "tearing down sends nothing for route maps";
   root->aclConfigIs(aclConfig);
-  EXPECT_EQ("RouteMapSetOpMode [256] 18:u32=0\ncommit\n" + deleteMap("A") + "commit\n" +
-                seqLines("A", 2) + "commit\n" + deleteMap("B") + "commit\n" + seqLines("B", 1) +
-                "commit\n",
-            sent());
+  // The other reactors follow the route maps.
+  EXPECT_THAT(sent(),
+              ::testing::StartsWith("RouteMapSetOpMode [256] 18:u32=0\ncommit\n" + deleteMap("A") +
+                                    "commit\n" + seqLines("A", 2) + "commit\n" + deleteMap("B") +
+                                    "commit\n" + seqLines("B", 1) + "commit\n"));
 }
 
 TEST_F(RouteMapReactorTest, NothingRunsOnAReactorMarkedForDeletion) {

@@ -39,21 +39,17 @@ using TypeRegistrationTest = TesselTest::EngineTest;
 
 TEST_F(TypeRegistrationTest, LibraryRegistersEveryTypeItBuilds) {
   // Add a type here when its code lands. Still to come:
-  // Tessel::PeerFilterConfigSm, Tessel::IpAclConfigSm, Tessel::AclListConfigSm,
-  // Tessel::AclConfigSm, RibDynamicPrefixList::Cog, RibDynamicPrefixList::DynPfxConfigSm,
+  // Tessel::PeerFilterConfigSm, Tessel::IpAclConfigSm, Tessel::AclConfigSm,
+  // RibDynamicPrefixList::Cog, RibDynamicPrefixList::DynPfxConfigSm,
   // RibDynamicPrefixList::OrbDynamicPrefixList.
   std::vector<std::string> expected = {
-      "Tessel::Cog",
-      "Tessel::Cog::PrefixListFamily",
-      "Tessel::CommListUsers",
-      "Tessel::CommSetClauseInMapEntry",
-      "Tessel::CommSetClauseMapEntryColl",
-      "Tessel::MapEntryCommSetClause",
-      "Tessel::OrbRouteMap",
-      "Tessel::OrbSeqMapEntry",
-      "Tessel::Root",
-      "Tessel::RouteMapConfigSm",
-      "Tessel::VrfStatusSm",
+      "Tessel::AclListConfigSm",         "Tessel::Cog",
+      "Tessel::Cog::PrefixListFamily",   "Tessel::CommListUsers",
+      "Tessel::CommSetClauseInMapEntry", "Tessel::CommSetClauseMapEntryColl",
+      "Tessel::MapEntryCommSetClause",   "Tessel::OrbIpv6PrefixList",
+      "Tessel::OrbPrefixList",           "Tessel::OrbRouteMap",
+      "Tessel::OrbSeqMapEntry",          "Tessel::Root",
+      "Tessel::RouteMapConfigSm",        "Tessel::VrfStatusSm",
   };
   std::sort(expected.begin(), expected.end());
   std::vector<std::string> library;
