@@ -40,9 +40,10 @@ std::string tempPath(std::string const& name) {
   return ::testing::TempDir() + "policy-replay-test-" + std::to_string(::getpid()) + "-" + name;
 }
 
-/// Runs policy-replay with `args`, counting the lines of its output as they
-/// come (so the test holds none of them) and keeping its standard error.
-Outcome replay(std::vector<std::string> const& args) {
+/// Runs policy-replay with `args` (and `input` as its standard input, when
+/// given), counting the lines of its output as they come (so the test holds
+/// none of them) and keeping its standard error.
+Outcome replay(std::vector<std::string> const& args, std::string const& input = "") {
   std::string const errFile = tempPath("stderr");
   int out[2];
   if (::pipe(out) != 0) throw std::runtime_error("pipe");
@@ -51,6 +52,7 @@ Outcome replay(std::vector<std::string> const& args) {
     int const err = ::open(errFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     ::dup2(out[1], 1);
     ::dup2(err, 2);
+    if (!input.empty()) ::dup2(::open(input.c_str(), O_RDONLY), 0);
     ::close(out[0]);
     std::vector<char*> argv{const_cast<char*>(POLICY_REPLAY)};
     for (auto const& a : args)
@@ -115,6 +117,7 @@ TEST(PolicyReplay, RefusesWhatIsNotAScenarioFileSayingWhy) {
   struct Case {
     std::string path;
     std::string message;
+    std::string input = "";
   };
   Case const cases[] = {
       {"/", "policy-replay: / is a directory, not a scenario file\n"},
@@ -124,9 +127,12 @@ TEST(PolicyReplay, RefusesWhatIsNotAScenarioFileSayingWhy) {
       {big,
        "policy-replay: " + big + " is larger than 8388608 bytes, the most a scenario may hold\n"},
       {"no\x1b[31mfile", "policy-replay: cannot read no\\x1b[31mfile: No such file or directory\n"},
+      {"-",
+       "policy-replay: standard input is larger than 8388608 bytes, the most a scenario may hold\n",
+       big},
   };
   for (Case const& c : cases) {
-    Outcome const run = replay({c.path});
+    Outcome const run = replay({c.path}, c.input);
     EXPECT_EQ(2, run.exitStatus) << c.message;
     EXPECT_EQ(c.message, run.errors);
     EXPECT_EQ(0, run.lines) << c.message;

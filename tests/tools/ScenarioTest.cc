@@ -43,14 +43,23 @@ std::string hex(Orb::U32 v) {
 
 std::string communityText(Orb::Ptr<CommunitySet const> const& set) {
   if (!set) return "-";
-  std::string out = "flag=" + std::to_string(set->flag());
+  std::string out = "flag=";
+  out += std::to_string(set->flag());
   if (set->useCL()) {
     out += " lists=";
-    for (auto const& name : set->listNames())
-      out += name.str() + ",";
+    for (auto const& name : set->listNames()) {
+      out += name.str();
+      out += ',';
+    }
   }
-  for (auto const& v : set->values())
-    out += " " + hex(v.word1) + ":" + hex(v.word2) + ":" + hex(v.word3);
+  for (auto const& v : set->values()) {
+    out += ' ';
+    out += hex(v.word1);
+    out += ':';
+    out += hex(v.word2);
+    out += ':';
+    out += hex(v.word3);
+  }
   return out;
 }
 
