@@ -69,7 +69,9 @@ class Root : public Orb::Entity {
 
   Orb::Ptr<VrfStatusSm> const& vrfStatusSm() const noexcept { return vrfStatusSmValue_; }
   /// Keeps the running VrfStatusSm when its VRF and inputs are these;
-  /// otherwise replaces it with a new one.
+  /// otherwise replaces it with a new one. The new one replays before the old
+  /// one is retired, so the old one's withdrawals and deletions come last and
+  /// undo what both hold (policy-map reasons, dynamic prefix lists).
   void vrfStatusSmIs(L3::VrfName const& vrfName, RouteMapConfigPtr const& routeMapConfig,
                      PeerFilterConfigPtr const& peerFilterConfig,
                      AclListConfigPtr const& aclListConfig, AclConfigPtr const& aclConfig,
