@@ -205,7 +205,7 @@ KnownDivergence const kKnown[] = {
     {"community-entry-set-not-noted",
      "a community-list reactor deletes, when it goes, only the sets of the entries it saw come "
      "or change; the sets of entries already there when it was built stay in the engine when "
-     "the list goes, or when they go while an input is away",
+     "the list goes, or when they go while an input is away, until the entry is written again",
      unnotedEntrySetCovers},
 };
 
