@@ -291,5 +291,16 @@ std::string valueToStrep(Cog::PrefixListFamily v);
 /// Orb::RangeError naming PrefixListFamily.
 Cog::PrefixListFamily prefixListFamilyFromStrep(std::string_view text);
 std::ostream& operator<<(std::ostream& os, Cog::PrefixListFamily v);
+/// The family of a number; numbers outside the named values are kept.
+Cog::PrefixListFamily PrefixListFamilyInstance(U32 v);
+/// The family of a text, as prefixListFamilyFromStrep.
+Cog::PrefixListFamily PrefixListFamilyInstance(std::string_view text);
+std::string stringValue(Cog::PrefixListFamily v);
+/// The family at `position` in declaration order (0 ipv4, 1 ipv6); a
+/// position past the last one is an Orb::RangeError.
+template <class E>
+E sequenceToValue(U32 position);
+template <>
+Cog::PrefixListFamily sequenceToValue<Cog::PrefixListFamily>(U32 position);
 
 }  // namespace Tessel

@@ -1,9 +1,11 @@
 // Prefix lists in the engine: the family, the engine's identifier of a
 // configured list, and the list and entry commands of both families.
+#include <iterator>
 #include <ostream>
 
 #include "Orb/Assert.h"
 #include "Orb/EnumText.h"
+#include "Orb/RangeError.h"
 #include "Orb/Trace.h"
 #include "Orb/TypeRegistry.h"
 #include "Tessel/Cog.h"
@@ -34,6 +36,26 @@ Orb::TypeRegistration familyType(Orb::TypeInfo("Tessel::Cog::PrefixListFamily")
 
 std::ostream& operator<<(std::ostream& os, Cog::PrefixListFamily v) {
   return os << valueToStrep(v);
+}
+
+Cog::PrefixListFamily PrefixListFamilyInstance(U32 v) {
+  return Cog::PrefixListFamily(v);
+}
+
+Cog::PrefixListFamily PrefixListFamilyInstance(std::string_view text) {
+  return prefixListFamilyFromStrep(text);
+}
+
+std::string stringValue(Cog::PrefixListFamily v) {
+  return valueToStrep(v);
+}
+
+template <>
+Cog::PrefixListFamily sequenceToValue<Cog::PrefixListFamily>(U32 position) {
+  if (position >= std::size(kFamily)) {
+    throw Orb::RangeError("PrefixListFamily: no value at position " + std::to_string(position));
+  }
+  return kFamily[position].value;
 }
 
 Orb::String Cog::prefixListId(Orb::String const& name, PrefixListFamily family) {

@@ -4,16 +4,10 @@
 #include <vector>
 
 #include "Orb/Trace.h"
-#include "Orb/TypeRegistry.h"
 #include "Tessel/AclListConfigSm.h"
 #include "Tessel/TraceLevels.h"
 
 namespace Tessel {
-
-namespace {
-Orb::TypeRegistration prefixListType({"Tessel::OrbPrefixList", {}, {}});
-Orb::TypeRegistration ipv6PrefixListType({"Tessel::OrbIpv6PrefixList", {}, {}});
-}  // namespace
 
 template <class Kind>
 BasicOrbPrefixList<Kind>::BasicOrbPrefixList(Orb::Ptr<List const> list, AclListConfigSm* owner)

@@ -4,6 +4,7 @@
 #include "Orb/Trace.h"
 #include "Orb/TypeRegistry.h"
 #include "RibDynamicPrefixList/DynPfxConfigSm.h"
+#include "Tessel/AclConfigSm.h"
 #include "Tessel/AclListConfigSm.h"
 #include "Tessel/PeerFilterConfigSm.h"
 #include "Tessel/RouteMapConfigSm.h"
@@ -43,6 +44,7 @@ void VrfStatusSm::handleInitialized() {
   routeMapConfigSmIs(routeMapConfig_, vrfName, policyMap_);
   peerFilterConfigSmIs(peerFilterConfig_, vrfName);
   aclListConfigSmIs(aclListConfig_, vrfName);
+  aclConfigSmIs(aclConfig_, vrfName);
   dynPfxConfigSmIs(dynPfxListConfig_, policyMap_);
   initializedIs(true);
 }
@@ -98,6 +100,18 @@ void VrfStatusSm::aclListConfigSmIs(Root::AclListConfigPtr const& config,
     return;
   }
   childIs(aclListChild, aclListConfigSmFactory(config, vrfName));
+}
+
+AclConfigSm* VrfStatusSm::aclConfigSm() const noexcept {
+  return static_cast<AclConfigSm*>(child(aclChild));
+}
+
+void VrfStatusSm::aclConfigSmIs(Root::AclConfigPtr const& config, L3::VrfName const& vrfName) {
+  if (AclConfigSm* sm = aclConfigSm();
+      sm && sm->aclConfig() == config && sm->vrfName() == vrfName) {
+    return;
+  }
+  childIs(aclChild, Orb::make<AclConfigSm>(config, vrfName));
 }
 
 void VrfStatusSm::childIs(Child slot, Orb::Ptr<Orb::Reactor> reactor) {

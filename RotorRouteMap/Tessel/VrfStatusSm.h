@@ -19,6 +19,7 @@ namespace Tessel {
 class RouteMapConfigSm;
 class PeerFilterConfigSm;
 class AclListConfigSm;
+class AclConfigSm;
 
 class VrfStatusSm : public Orb::Reactor {
  public:
@@ -59,6 +60,11 @@ class VrfStatusSm : public Orb::Reactor {
   /// Creates the list reactor (keeping an existing one made with the same
   /// arguments) and switches its notifications on.
   void aclListConfigSmIs(Root::AclListConfigPtr const& config, L3::VrfName const& vrfName);
+
+  AclConfigSm* aclConfigSm() const noexcept;
+  /// Creates the ACL reactor (keeping an existing one made with the same
+  /// arguments) and switches its notifications on.
+  void aclConfigSmIs(Root::AclConfigPtr const& config, L3::VrfName const& vrfName);
 
   /// Takes the reactor out of its slot with its notifications off; it goes
   /// when the caller drops it.

@@ -237,4 +237,63 @@ TEST_F(CheckTest, LostCommunityEntryRemovalIsNotExcused) {
   EXPECT_THAT(out, testing::Not(testing::HasSubstr("known divergence")));
 }
 
+class ListCheckTest : public CheckTest {};
+
+TEST_F(ListCheckTest, PrefixListIsPendingFromAnEntryChangeToItsVersion) {
+  // Checked after the empty list, after each version and after the list's
+  // removal; never between an entry change and the version that sends it.
+  EXPECT_EQ("checks=4\n", runChecked(R"(ip prefix-list P
+ip prefix-list P seq 10 permit 10.0.0.0/8
+no ip prefix-list P seq 10
+ip prefix-list P seq 20 permit 10.1.0.0/16
+version ip prefix-list P
+ip prefix-list P seq 20 deny 10.1.0.0/16 le 24
+version ip prefix-list P
+no ip prefix-list P
+)"));
+}
+
+TEST_F(ListCheckTest, LostEntryDeletionIsADivergence) {
+  // The engine never receives entry deletions: the deleted entry stays.
+  auto const out =
+      runChecked(R"(ip prefix-list P seq 10 permit 10.0.0.0/8
+version ip prefix-list P
+no ip prefix-list P seq 10
+version ip prefix-list P
+)",
+                 [](RecordedCommand const& c) { return c.name != "doDelIpPrefixListEntry"; });
+  EXPECT_NE(std::string::npos, out.find("line 4: version ip prefix-list P\n" + kDiffers)) << out;
+}
+
+TEST_F(ListCheckTest, ListsAndAclsLeftInTheEngineOnPurposeAreNamed) {
+  auto const out = runChecked(R"(ip prefix-list P seq 10 permit 10.0.0.0/8
+ip prefix-list P seq 20 permit 10.1.0.0/16
+version ip prefix-list P
+ip access-list standard A
+  seq 10 permit 10.1.0.0/16
+input acl-list-config off
+no ip prefix-list P seq 20
+input acl-list-config on
+ip access-list extended A
+)");
+  EXPECT_EQ(std::string::npos, out.find(kDiffers)) << out;
+  EXPECT_NE(std::string::npos, out.find("t.scenario:8: known divergence "
+                                        "'prefix-list-entry-removed-while-away'"))
+      << out;
+  EXPECT_NE(std::string::npos, out.find("t.scenario:9: known divergence 'acl-left-when-not-sent'"))
+      << out;
+}
+
+TEST_F(ListCheckTest, AclWhoseRewriteIsLostIsADivergence) {
+  auto const out = runChecked(
+      R"(ip access-list standard A
+  seq 10 permit 10.1.0.0/16
+  seq 20 deny any
+)",
+      [](RecordedCommand const& c) {
+        return !(c.name == "doAddIpStdAclEntry" && !c.path.empty() && c.path.back().number == 20);
+      });
+  EXPECT_NE(std::string::npos, out.find("line 3:   seq 20 deny any\n" + kDiffers)) << out;
+}
+
 }  // namespace

@@ -66,11 +66,16 @@ constexpr char const* kCommunityEntry =
 class Generator {
  public:
   /// Without `otherKinds`, route maps only.
-  Generator(unsigned seed, bool otherKinds) : rng_(seed), otherKinds_(otherKinds) {}
+  Generator(unsigned seed, bool otherKinds)
+      : rng_(seed), listRng_(seed ^ 0x9e3779b9u), otherKinds_(otherKinds) {}
 
   Step next() {
     // An input given back soon, as the machinery is frozen while it is away.
     if (!away_.empty() && below(3) == 0) return {"input " + std::exchange(away_, "") + " on"};
+    // Lists draw from a stream of their own, so the route-map steps of a seed
+    // stay what they were before lists came.
+    if (otherKinds_ && std::uniform_int_distribution<int>(0, 3)(listRng_) == 0)
+      return withRng(listRng_);
     if (below(4) == 0) return asPathStep();
     if (otherKinds_ && below(4) == 0) return otherKind();
     if (below(4) == 0) return communityStep();
@@ -106,6 +111,60 @@ class Generator {
   }
 
  private:
+  /// Prefix lists of both families (with one IPv4 list under an IPv6 list's
+  /// engine name) and access lists of every kind.
+  Step listStep() {
+    int const r = below(100);
+    if (r < 30) {
+      std::string const family = fill("{ip|ip|ipv6}");
+      std::string const list = family + " prefix-list " + fill("{P1|P2|P2|.ipv6.P2}");
+      std::string const prefix =
+          family == "ip" ? fill("10.{0..3}.0.0/{8..24}") : fill("2001:db8:{0..3}::/{32..64}");
+      prefixLists_.insert(list);
+      prefixListsChanged_.insert(list);
+      return {fill(list + " seq {5|10|15} {permit|permit|deny|action 7} " + prefix +
+                   "{|| ge {0..40}}{|| le {0..40}}")};
+    }
+    if (r < 50 && !prefixListsChanged_.empty()) {
+      auto it = std::next(prefixListsChanged_.begin(), below(prefixListsChanged_.size()));
+      std::string const list = *it;
+      prefixListsChanged_.erase(it);
+      return {"version " + list};
+    }
+    if (r < 58 && !prefixLists_.empty()) {
+      std::string const list = *std::next(prefixLists_.begin(), below(prefixLists_.size()));
+      prefixListsChanged_.insert(list);
+      return {fill("no " + list + " seq {5|10|15}")};
+    }
+    if (r < 62) {
+      std::string const list = fill("{ip|ipv6} prefix-list {P1|P2|.ipv6.P2}");
+      prefixLists_.erase(list);
+      prefixListsChanged_.erase(list);
+      return {"no " + list};
+    }
+    if (r < 64) {
+      std::string const list = fill("{ip|ipv6} prefix-list P3");
+      prefixLists_.insert(list);
+      return {list};
+    }
+    if (r < 90) {
+      Step step{fill("ip access-list {standard|standard|standard|extended} {A1|A2}")};
+      for (int n = 1 + below(2); n > 0; --n) {
+        step.push_back(
+            fill("  {seq {10|20|30} {permit|permit|deny|action {2|5}} "
+                 "{10.{0..3}.0.0/16|any|host 10.0.0.1|10.1.0.0 255.255.0.0}|"
+                 "seq {10|20|30} {permit|deny} any|no seq {10|20}|seq 40 missing-rule|"
+                 "no current-configuration}"));
+      }
+      return step;
+    }
+    if (r < 95) {
+      return {fill("{ipv6 access-list|mac access-list|access-list type 9} standard B"),
+              "  seq 10 permit any"};
+    }
+    return {fill("{no ip access-list {A1|A2}|no ip access-list A1|no access-list type ip}")};
+  }
+
   char const* clause() {
     std::size_t const n = std::size(kClauses) + (otherKinds_ ? 1 : 0);
     std::size_t const i = static_cast<std::size_t>(below(n));
@@ -231,7 +290,16 @@ class Generator {
     return std::string(options[below(options.size())]);
   }
 
+  /// A list step, drawn from `rng`.
+  Step withRng(std::mt19937& rng) {
+    std::swap(rng, rng_);
+    Step step = listStep();
+    std::swap(rng, rng_);
+    return step;
+  }
+
   std::mt19937 rng_;
+  std::mt19937 listRng_;
   bool otherKinds_;
   std::set<std::string> maps_;
   std::set<std::string> changed_;  // since their last version
@@ -239,6 +307,8 @@ class Generator {
   std::set<std::string> changedFilters_;
   std::set<std::string> lists_;
   std::set<std::string> changedLists_;
+  std::set<std::string> prefixLists_;         // "ip prefix-list P1"
+  std::set<std::string> prefixListsChanged_;  // since their last version
   std::set<std::string> pathLists_;
   std::string away_;
   std::set<std::string> entries_;  // community-list entries, as "LIST SEQ"
@@ -297,6 +367,19 @@ Steps shrink(Steps steps, Plant const& plant) {
       }
     }
     if (chunk == 1 && !dropped) break;
+  }
+  // Steps that only run together (a list and its version, say) go in pairs;
+  // what is left by now is short, so trying every pair is cheap.
+  for (bool dropped = true; dropped;) {
+    dropped = false;
+    for (std::size_t i = 0; i < steps.size() && !dropped; ++i) {
+      for (std::size_t j = i + 1; j < steps.size() && !dropped; ++j) {
+        Steps candidate = steps;
+        candidate.erase(candidate.begin() + static_cast<std::ptrdiff_t>(j));
+        candidate.erase(candidate.begin() + static_cast<std::ptrdiff_t>(i));
+        dropped = keepIfFails(std::move(candidate));
+      }
+    }
   }
   for (std::size_t s = 0; s < steps.size(); ++s) {
     for (std::size_t line = steps[s].size(); line-- > 1;) {

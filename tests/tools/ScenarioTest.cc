@@ -180,11 +180,13 @@ TEST(ScenarioLanguage, RefusesBadLinesSayingWhereAndWhatWasExpected) {
   Case const cases[] = {
       {"frobnicate R\n",
        "t.scenario:1: expected a statement (vrf, route-map, no, version, route-map-mode, "
-       "peer-filter, as-path-list, as-path-regex-mode, community-list, community-list-version, "
-       "dynamic-prefix-list, list, unlist, input, match, set, sub-route-map), got 'frobnicate'"},
+       "peer-filter, ip, ipv6, mac, access-list, as-path-list, as-path-regex-mode, "
+       "community-list, community-list-version, dynamic-prefix-list, list, unlist, input, match, "
+       "set, sub-route-map, seq), got 'frobnicate'"},
       {"no frob R\n",
-       "t.scenario:1: expected one of no route-map, no peer-filter, no as-path-list, "
-       "no community-list, no dynamic-prefix-list, no match, no set, no sub-route-map, got 'frob'"},
+       "t.scenario:1: expected one of no route-map, no peer-filter, no ip, no ipv6, no mac, "
+       "no access-list, no as-path-list, no community-list, no dynamic-prefix-list, no match, "
+       "no set, no sub-route-map, no seq, no current-configuration, got 'frob'"},
       {"community-list L 10 permit colossal 1:2\n",
        "t.scenario:1: expected standard, extended, large, their -regex forms or type N, got "
        "'colossal'"},
@@ -204,7 +206,7 @@ TEST(ScenarioLanguage, RefusesBadLinesSayingWhereAndWhatWasExpected) {
        "t.scenario:3: expected a 'route-map NAME permit|deny SEQ' line before 'set'"},
       {"route-map R permit 10\n  version R\n",
        "t.scenario:2: expected 'version' at the start of the line (only match, set and "
-       "sub-route-map clauses are indented)"},
+       "sub-route-map clauses and access-list rules are indented)"},
       {"vrf blue\nroute-map R permit 10\nvrf red\n",
        "t.scenario:3: expected 'vrf' before every other statement"},
       {"route-map R permit 10\n  set next-hop 10.0.0.256\n",
@@ -252,6 +254,35 @@ TEST(ScenarioLanguage, RefusesValuesTheLibraryWouldAbortOn) {
         (c.got ? std::string(" (others abort the library), got '") + c.got + "'" : "");
     EXPECT_EQ(message, refusalOf(std::string("route-map R permit 10\n  ") + c.clause + "\n"))
         << c.clause;
+  }
+}
+
+TEST(ScenarioLanguage, RefusesBadListAndAclLines) {
+  struct Case {
+    char const* text;
+    char const* message;
+  };
+  Case const cases[] = {
+      {"ip prefix-list P seq 10 permit 10.0.0.0/33\n",
+       "t.scenario:1: expected an IPv4 prefix A.B.C.D/L, got '10.0.0.0/33': length: "},
+      {"ip prefix-list P 10 permit 10.0.0.0/8\n",
+       "t.scenario:1: expected 'seq' or end of line, got '10'"},
+      {"ipv6 prefix-list P seq 1 allow ::/0\n",
+       "t.scenario:1: expected permit, deny or action N, got 'allow'"},
+      {"ip access-list standard A\n  seq 10 permit any vni 16777216\n",
+       "t.scenario:2: expected a VNI: IpFilterBase::vni < 0 or > 16777215 not allowed"},
+      {"ip access-list standard A\n  seq 10 permit 10.0.0.0 0.0.255.255\n",
+       "t.scenario:2: expected a source (A.B.C.D/L, A.B.C.D MASK, host A.B.C.D or any), got "
+       "'10.0.0.0': "},
+      {"access-list type 4294967295 standard A\n",
+       "t.scenario:1: expected an ACL type (ip, ipv6, mac or a number below 2147483648), got "
+       "'4294967295'"},
+      {"seq 10 permit any\n",
+       "t.scenario:1: expected an 'ip access-list standard|extended NAME' line before 'seq'"},
+  };
+  for (auto const& c : cases) {
+    std::string const refusal = refusalOf(c.text);
+    EXPECT_EQ(0u, refusal.rfind(c.message, 0)) << c.text << refusal;
   }
 }
 

@@ -13,6 +13,7 @@
 
 #include "Orb/Trace.h"
 #include "Rib/CommandText.h"
+#include "ScenarioRecords.h"
 
 namespace Scenario {
 
@@ -27,6 +28,62 @@ bool staleMapCovers(std::vector<Rib::PathElement> const& path, bool incremental,
   if (path[0].kind != Kind::pathId || path[0].tag != 512) return false;
   if (path[1].kind != Kind::stringKey || path[1].tag != 576) return false;
   return world.removedWhileAway(ObjectKind::routeMap).contains(Orb::Name(path[1].text));
+}
+
+/// The configured name of a prefix-list node [512 603 515="ID"] below or at
+/// `path`, with its kind, or false when the path is no prefix-list node.
+bool prefixListOf(std::vector<Rib::PathElement> const& path, Orb::Name& name, ObjectKind& kind) {
+  if (path.size() < 3 || path[0].kind != Kind::pathId || path[0].tag != 512) return false;
+  if (path[1].kind != Kind::pathId || path[1].tag != 603) return false;
+  if (path[2].kind != Kind::stringKey || path[2].tag != 515) return false;
+  std::string_view id = path[2].text.view();
+  kind = id.starts_with(".ipv6.") ? ObjectKind::ipv6PrefixList : ObjectKind::ipv4PrefixList;
+  name = Orb::Name(kind == ObjectKind::ipv6PrefixList ? id.substr(6) : id);
+  return true;
+}
+
+bool stalePrefixListCovers(std::vector<Rib::PathElement> const& path, bool incremental,
+                           World const& world) {
+  Orb::Name name;
+  ObjectKind kind;
+  if (!incremental || !prefixListOf(path, name, kind)) return false;
+  return world.removedWhileAway(kind).contains(name);
+}
+
+bool unsentEntryRemovalCovers(std::vector<Rib::PathElement> const& path, bool incremental,
+                              World const& world) {
+  Orb::Name name;
+  ObjectKind kind;
+  if (!incremental || path.size() != 4 || !prefixListOf(path, name, kind)) return false;
+  if (path[3].kind != Kind::u32Key || path[3].tag != 516) return false;
+  return listRecords(world.shadow())
+      .strandedEntryRemovals.contains({path[2].text.str(), path[3].number});
+}
+
+bool sharedPrefixListIdCovers(std::vector<Rib::PathElement> const& path, bool, World const& world) {
+  // An IPv4 list named ".ipv6.X" and the IPv6 list X are one engine node:
+  // whichever goes takes the other's entries with it.
+  Orb::Name name;
+  ObjectKind kind;
+  if (!prefixListOf(path, name, kind) || kind != ObjectKind::ipv6PrefixList) return false;
+  return listRecords(world.shadow()).ipv4ListsWithIpv6Id.contains(Orb::Name(path[2].text));
+}
+
+bool staleAclCovers(std::vector<Rib::PathElement> const& path, bool incremental,
+                    World const& world) {
+  // A standard ACL is [512 602 517="NAME"]; its entries lie below.
+  if (!incremental || path.size() < 3) return false;
+  if (path[0].kind != Kind::pathId || path[0].tag != 512) return false;
+  if (path[1].kind != Kind::pathId || path[1].tag != 602) return false;
+  if (path[2].kind != Kind::stringKey || path[2].tag != 517) return false;
+  Orb::Name const name(path[2].text);
+  Inputs const& shadow = world.shadow();
+  if (world.removedWhileAway(ObjectKind::acl).contains(name)) return true;
+  auto ip = shadow.aclConfig->aclTypeConfig(Acl::aclTypeIp);
+  if (!ip) return true;
+  auto acl = ip->acl(name);
+  if (!acl) return listRecords(shadow).abandonedAcls.contains(name);
+  return !acl->standard() || !acl->currCfg();
 }
 
 bool staleFilterCovers(std::vector<Rib::PathElement> const& path, bool incremental,
@@ -157,6 +214,25 @@ KnownDivergence const kKnown[] = {
      "a route map removed while an input was taken away stays in the engine: the new reactor "
      "only sends the maps that are there",
      staleMapCovers},
+    // Prefix lists.
+    {"prefix-list-removed-while-away",
+     "a prefix list removed while an input was taken away stays in the engine: the new reactor "
+     "only sends the lists that are there",
+     stalePrefixListCovers},
+    {"prefix-list-entry-removed-while-away",
+     "a prefix-list entry removed while an input was taken away stays in the engine: the new "
+     "reactor adds the entries that are there and deletes none",
+     unsentEntryRemovalCovers},
+    {"prefix-list-shares-ipv6-engine-name",
+     "an IPv4 prefix list named \".ipv6.X\" is the engine node of the IPv6 list X: removing "
+     "either removes both",
+     sharedPrefixListIdCovers},
+    // Standard IP ACLs.
+    {"acl-left-when-not-sent",
+     "a standard ACL stays in the engine when it stops being sent without being removed: made "
+     "extended, left without a current configuration, its IP type configuration removed, or "
+     "removed while an input was taken away",
+     staleAclCovers},
     // AS-path lists.
     {"as-path-entry-corrected-in-place",
      "an AS-path list withdrawn by an invalid entry stays withdrawn when that entry is made "

@@ -122,8 +122,14 @@ Row const kInputStatements[] = {
 /// list them. A new kind adds its table here.
 std::span<Rows const> statementTables() {
   static Rows const tables[] = {
-      routeMapStatements(),      peerFilterStatements(),        asPathStatements(),
-      communityListStatements(), dynamicPrefixListStatements(), policyMapStatements(),
+      routeMapStatements(),
+      peerFilterStatements(),
+      prefixListStatements(),
+      aclStatements(),
+      asPathStatements(),
+      communityListStatements(),
+      dynamicPrefixListStatements(),
+      policyMapStatements(),
       kInputStatements,
   };
   return tables;
@@ -224,6 +230,8 @@ Entry const& entryOf(Words& w, Context const& c) {
     alternatives += alternatives.empty() ? "" : ", ";
     alternatives += alternative;
   }
+  for (std::size_t bar; (bar = alternatives.find('|')) != std::string::npos;)
+    alternatives.replace(bar, 1, ", ");
   if (!alternatives.empty()) {
     w.take("");
     if (w.atEnd()) throw Refusal("expected one of " + alternatives + ", got end of line");

@@ -138,6 +138,8 @@ struct Context {
 
 // Each configuration kind's top-level statements, listed in Scenario.cc.
 Rows routeMapStatements();
+Rows prefixListStatements();
+Rows aclStatements();
 Rows peerFilterStatements();
 Rows policyMapStatements();
 Rows dynamicPrefixListStatements();

@@ -2,12 +2,15 @@
 // keeping track of what the engine is allowed to lag behind.
 #include "ScenarioWorld.h"
 
+#include "ScenarioRecords.h"
+
 #include <algorithm>
 
 namespace Scenario {
 
 World::World(Options options)
     : options_(std::move(options)), previousSink_(Rib::engineSinkIs(&sink_)) {
+  listRecordsClear();
   policyWatch_ = std::make_unique<PolicyMapWatch>(live_.policyMap,
                                                   [this] { return recording_.records().size(); });
   if (options_.shadow) asPathHoldBack_ = std::make_unique<AsPathHoldBack>(shadow_.aclListConfig);
@@ -88,7 +91,9 @@ void World::apply(Statement const& statement) {
       if (up && effect.emptied && effect.emptied(live_, effect.name)) pending.erase(effect.name);
       break;
     case Effect::Kind::inputTaken:
-      if (inputPresent(effect.input)) inputIs(effect.input, false);
+      if (!inputPresent(effect.input)) break;
+      inputIs(effect.input, false);
+      listRecordsMachineryIs(false);
       break;
     case Effect::Kind::inputGiven:
       if (inputPresent(effect.input)) break;
@@ -97,6 +102,7 @@ void World::apply(Statement const& statement) {
       if (allPresent()) {
         for (auto& names : pending_)
           names.clear();
+        listRecordsMachineryIs(true);
       }
       break;
   }
