@@ -3,7 +3,6 @@
 #include "Tessel/OrbCommunityList.h"
 
 #include <cstdint>
-#include <vector>
 
 #include "Orb/Trace.h"
 #include "Tessel/AclListConfigSm.h"
@@ -20,7 +19,8 @@ using Acl::CommunityListEntry;
 OrbCommunityList::OrbCommunityList(Orb::Ptr<CommunityList const> list, AclListConfigSm* owner)
     : list_(std::move(list)), owner_(owner), notifiee_(this, list_) {
   notifiee_.hasNotificationActiveIs(true);
-  handleCommunityListEntry();
+  // Entries present now are written by their own reactors; only entries seen
+  // to change later are noted in commSetName.
   auto const& entries = list_->communityListEntry();
   communityListEntry_.delUnless([&](Orb::U32 seqno) { return entries.contains(seqno); });
   for (auto const& [seqno, entry] : entries)
@@ -44,16 +44,6 @@ void OrbCommunityList::handleCommunityListEntry(Orb::U32 seqno) {
   cog->refreshCommListUsersOf(name());
   cog->doCommit();
   commSetNameDel(seqno);
-}
-
-void OrbCommunityList::handleCommunityListEntry() {
-  auto const& entries = list_->communityListEntry();
-  std::vector<Orb::U32> seqnos;
-  seqnos.reserve(entries.size());
-  for (auto const& kv : entries)
-    seqnos.push_back(kv.first);
-  for (Orb::U32 seqno : seqnos)
-    handleCommunityListEntry(seqno);
 }
 
 void OrbCommunityList::deleteListCommSets() {

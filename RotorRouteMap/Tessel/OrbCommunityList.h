@@ -8,7 +8,7 @@
 // its reactor is made and at every version notification), its set, the entry
 // and its twin, the same refresh and a commit; an entry at version zero is
 // incomplete and sends nothing. When a list reactor goes, it deletes the sets
-// of the entries it has seen.
+// of the entries it has seen come or change since it was built.
 #pragma once
 
 #include "Acl/CommunityList.h"
@@ -33,8 +33,6 @@ class OrbCommunityList : public Orb::Reactor {
   /// Deletes entry `seqno` when the list no longer holds it; notes a present
   /// one, whose reactor writes it.
   void handleCommunityListEntry(Orb::U32 seqno);
-  /// handleCommunityListEntry for every entry, in sequence order.
-  void handleCommunityListEntry();
   /// Deletes the set of every entry noted in commSetName, as every kind.
   void deleteListCommSets();
 

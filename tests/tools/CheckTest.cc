@@ -218,6 +218,9 @@ TEST_F(CheckTest, CommunityDivergencesAreKnownByName) {
       {"community-entry-incomplete-in-clause",
        "route-map M permit 10\n  set community add list A\nversion M\n"
        "community-list A 5 version 0 permit standard 1:1\n"},
+      {"community-entry-set-not-noted",
+       "community-list A 1 permit standard 1:1\ninput acl-list-config off\n"
+       "input acl-list-config on\nno community-list A\n"},
   };
   for (Case const& c : cases) {
     std::string const out = runChecked(c.scenario);

@@ -103,6 +103,22 @@ TEST_F(CommunityListReactorTest, ReplayWritesEveryListThenEveryEntryAndTearDownD
   EXPECT_EQ(std::string::npos, replay.find(".L20\"] 0:str")) << "entry 20 is still incomplete";
 }
 
+TEST_F(CommunityListReactorTest, RebuiltListNotesOnlyEntriesItSeesChange) {
+  auto list = aclListConfig->communityListIs("L");
+  entryIs(list, 10, 100);
+  root->aclConfigIs(nullptr);
+  root->aclConfigIs(aclConfig);
+  sent();
+  trace.text.clear();
+  EXPECT_TRUE(sm()->orbCommunityList("L")->commSetName().empty());
+  entryIs(list, 20, 200);
+  sent();
+  root->aclConfigIs(nullptr);
+  EXPECT_EQ(setDeletes(".L20"), sent()) << "entry 10 was there when the reactor was built";
+  EXPECT_THAT(trace.text, HasSubstr("handleCommunityListEntry(U32 seqno) name: L seqno: 20 vrf: "));
+  EXPECT_THAT(trace.text, testing::Not(HasSubstr("seqno: 10 vrf: ")));
+}
+
 TEST_F(CommunityListReactorTest, RemovingAnEntryThenTheListDeletesThemAndTheRemainingSets) {
   auto list = aclListConfig->communityListIs("L");
   entryIs(list, 10, 100);
