@@ -4,25 +4,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <optional>
-
-#include "Check.h"
 #include "PolicyGraph.h"
+#include "ScenarioTestSupport.h"
 
 namespace {
 
-class PolicyMapOutputTest : public ::testing::Test {
+class PolicyMapOutputTest : public ScenarioTestSupport::CheckedWorldTest {
  protected:
-  void TearDown() override {
-    world.reset();
-    Tessel::rmRoot = nullptr;
-    EXPECT_EQ(liveBefore_, Orb::Object::liveObjects()) << "objects left behind";
-  }
-  Scenario::RunResult run(std::string const& text) {
-    world.reset();
-    world.emplace(Scenario::World::Options{});
-    return Scenario::run(Scenario::parse(text, "t.scenario"), *world, true);
-  }
   /// The policy-map lines recorded since the world was made.
   std::string changes() const {
     std::string out;
@@ -30,9 +18,6 @@ class PolicyMapOutputTest : public ::testing::Test {
       out += c.line + "\n";
     return out;
   }
-
-  long liveBefore_ = Orb::Object::liveObjects();
-  std::optional<Scenario::World> world;
 };
 
 TEST_F(PolicyMapOutputTest, ChangesAreCanonicalLinesPlacedInTheStream) {
