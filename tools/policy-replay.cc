@@ -17,8 +17,9 @@ namespace {
 constexpr std::string_view kUsage =
     "usage: policy-replay [options] SCENARIO\n"
     "\n"
-    "Runs the scenario ('-' reads standard input) against a root with all six\n"
-    "inputs and prints the engine commands it sends, one canonical line each.\n"
+    "Runs the scenario against a root with all six inputs and prints the\n"
+    "engine commands it sends, one canonical line each, as they are sent. The\n"
+    "scenario is a regular file of at most 8 MiB; '-' reads standard input.\n"
     "\n"
     "options:\n"
     "  --trace LEVEL  trace lines up to LEVEL (0-9) on standard error\n"
@@ -34,6 +35,20 @@ constexpr std::string_view kUsage =
     "  --help         this text\n"
     "\n"
     "exit status: 0 done, 1 divergence found, 2 bad usage or bad scenario\n";
+
+static_assert(Scenario::maxScenarioBytes == 8 * 1024 * 1024, "the usage text names the limit");
+
+// Prints each command and commit as it is sent and keeps nothing, so the
+// replay's memory does not grow with its output.
+class StdoutStream final : public Rib::EngineSink {
+ public:
+  void execute(Rib::CogOp const& op) override {
+    std::cout << Rib::commandLine(Rib::RecordedCommand::of(op)) << '\n';
+  }
+  void commit(Rib::CommitKind kind) override {
+    std::cout << Rib::commandLine(Rib::RecordedCommand::of(kind)) << '\n';
+  }
+};
 
 class StderrTrace final : public Orb::TraceSink {
  public:
@@ -57,7 +72,7 @@ struct Options {
 };
 
 [[noreturn]] void usageError(std::string const& message) {
-  std::cerr << "policy-replay: " << message << "\n" << kUsage;
+  std::cerr << "policy-replay: " << Scenario::printable(message) << "\n" << kUsage;
   std::exit(2);
 }
 
@@ -98,6 +113,7 @@ Options optionsOf(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  std::ios::sync_with_stdio(false);
   Options const options = optionsOf(argc, argv);
   Scenario::Scenario scenario;
   try {
@@ -114,34 +130,26 @@ int main(int argc, char** argv) {
   Orb::TraceSink* previousTrace = Orb::traceSinkIs(options.trace >= 0 ? &trace : nullptr);
   int status = 0;
   {
-    Scenario::World world({scenario.vrf, options.check});
-    std::size_t printed = 0;
-    std::size_t policyPrinted = 0;
-    // Printing after every statement keeps the stream next to the trace and
-    // shows what was sent before a failure. A policy-map change goes before
-    // the first command sent after it.
-    auto flush = [&] {
-      auto const& records = world.recording().records();
-      auto const& changes = world.policyMapChanges();
-      for (;;) {
-        bool const change = options.policyMap && policyPrinted < changes.size();
-        if (change && changes[policyPrinted].position <= printed) {
-          std::cout << changes[policyPrinted++].line << '\n';
-        } else if (printed < records.size()) {
-          std::cout << Rib::commandLine(records[printed++]) << '\n';
-        } else if (change) {
-          std::cout << changes[policyPrinted++].line << '\n';
-        } else {
-          break;
-        }
-      }
-      std::cout.flush();
-    };
+    StdoutStream stream;
+    Scenario::World::Options worldOptions;
+    worldOptions.vrf = scenario.vrf;
+    worldOptions.shadow = options.check;
+    worldOptions.stream = &stream;
+    worldOptions.model = options.check || options.state;
+    // A policy-map line is printed the moment the change happens, so it
+    // stands among the commands exactly where it happened.
+    if (options.policyMap)
+      worldOptions.policyMap = [](std::string const& line) { std::cout << line << '\n'; };
+    Scenario::World world(worldOptions);
+    // Flushing after every statement keeps the stream next to the trace and
+    // shows what was sent before a failure.
+    auto flush = [] { std::cout.flush(); };
     flush();
     Scenario::RunHooks hooks;
     if (options.trace >= 0) {
       hooks.before = [&](Scenario::Statement const& s) {
-        std::cerr << "== " << scenario.file << ':' << s.line << ": " << s.text << '\n';
+        std::cerr << "== " << Scenario::printable(scenario.file) << ':' << s.line << ": "
+                  << Scenario::printable(s.text) << '\n';
       };
     }
     hooks.after = [&](Scenario::Statement const&) { flush(); };
@@ -150,8 +158,8 @@ int main(int argc, char** argv) {
       for (auto const& note : result.notes)
         std::cerr << note << '\n';
       if (result.divergence) {
-        std::cerr << scenario.file << ':' << result.divergence->line << ": "
-                  << result.divergence->statement << '\n'
+        std::cerr << Scenario::printable(scenario.file) << ':' << result.divergence->line << ": "
+                  << Scenario::printable(result.divergence->statement) << '\n'
                   << result.divergence->report;
         status = 1;
       } else if (options.check) {

@@ -3,12 +3,16 @@
 //
 // REPLAY_STEPS sets the number of random steps in total (default 3000) and
 // REPLAY_SEED the first seed (default 1); each run of 150 steps takes the next
-// seed, so a longer search is `REPLAY_STEPS=100000 test_tools_random`.
+// seed, so a longer search is `REPLAY_STEPS=100000 test_tools_random`, which
+// reports its progress. A value that is not a number fails the test.
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <charconv>
+#include <climits>
 #include <cstdlib>
 #include <fstream>
+#include <iostream>
 #include <optional>
 #include <random>
 #include <set>
@@ -42,8 +46,9 @@ constexpr char const* kClauses[] = {
     "set value {{3|19|26|35} {-3..50}|{2|25|33} {0..50}}",
     "set link-bandwidth {aggregate|divide-equal|none|1.5}",
     "set {community add 1:1|community delete 1:2|extcommunity rt 1:1|large-community 1:2:3}",
-    "no set {metric|origin|next-hop|ipv6 next-hop|as-path prepend|value 3|link-bandwidth|"
-    "community|next-hop unchanged}",
+    // One clause over two lines: the parentheses say the joining is meant.
+    ("no set {metric|origin|next-hop|ipv6 next-hop|as-path prepend|value 3|link-bandwidth|"
+     "community|next-hop unchanged}"),
     "{sub-route-map {A|B|C}|no sub-route-map}",
     // Clauses naming community lists, so that a change of a list used by
     // several clauses is exercised often.
@@ -398,12 +403,20 @@ struct Failure {
 };
 
 /// Searches `total` random steps from `firstSeed` on; the first failure,
-/// shrunk, or nothing.
+/// shrunk, or nothing. A search longer than the default run reports its
+/// progress on standard error every `kProgressSteps` steps.
+constexpr std::size_t kDefaultSteps = 3000;
+constexpr std::size_t kProgressSteps = 30 * kStepsPerSeed;
 std::optional<Failure> search(unsigned firstSeed, std::size_t total, Plant const& plant,
                               bool otherKinds = true) {
+  std::size_t const all = total;
   for (unsigned seed = firstSeed; total > 0; ++seed) {
     std::size_t const count = std::min(total, kStepsPerSeed);
     total -= count;
+    if (all > kDefaultSteps && ((all - total) % kProgressSteps == 0 || total == 0)) {
+      std::cerr << "random replay: " << all - total << " of " << all << " steps, seed " << seed
+                << std::endl;
+    }
     Generator generator(seed, otherKinds);
     Steps steps;
     for (std::size_t i = 0; i < count; ++i)
@@ -426,11 +439,21 @@ std::optional<Failure> search(unsigned firstSeed, std::size_t total, Plant const
 using RandomReplayTest = ScenarioTestSupport::CheckedWorldTest;
 
 TEST_F(RandomReplayTest, RandomChangeSequencesMatchAFreshReplayWheneverSettled) {
-  auto env = [](char const* name, unsigned fallback) {
+  auto env = [](char const* name, unsigned fallback) -> std::optional<unsigned> {
     char const* text = std::getenv(name);
-    return text && *text ? static_cast<unsigned>(std::strtoul(text, nullptr, 10)) : fallback;
+    if (!text || !*text) return fallback;
+    unsigned v = 0;
+    std::string_view const s = text;
+    auto [end, ec] = std::from_chars(s.data(), s.data() + s.size(), v);
+    if (ec == std::errc() && end == s.data() + s.size()) return v;
+    ADD_FAILURE() << name << " must be a number from 0 to " << UINT_MAX << ", not '"
+                  << Scenario::printable(s) << "'";
+    return std::nullopt;
   };
-  auto const failure = search(env("REPLAY_SEED", 1), env("REPLAY_STEPS", 3000), nullptr);
+  auto const seed = env("REPLAY_SEED", 1);
+  auto const steps = env("REPLAY_STEPS", kDefaultSteps);
+  if (!seed || !steps) return;
+  auto const failure = search(*seed, *steps, nullptr);
   if (!failure) return;
   std::string const file = "random-replay-" + std::to_string(failure->seed) + ".scenario";
   std::ofstream(file) << failure->text;

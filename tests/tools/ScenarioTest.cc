@@ -28,14 +28,23 @@ std::string hex(Orb::U32 v) {
 
 std::string communityText(Orb::Ptr<CommunitySet const> const& set) {
   if (!set) return "-";
-  std::string out = "flag=" + std::to_string(set->flag());
+  std::string out = "flag=";
+  out += std::to_string(set->flag());
   if (set->useCL()) {
     out += " lists=";
-    for (auto const& name : set->listNames())
-      out += name.str() + ",";
+    for (auto const& name : set->listNames()) {
+      out += name.str();
+      out += ',';
+    }
   }
-  for (auto const& v : set->values())
-    out += " " + hex(v.word1) + ":" + hex(v.word2) + ":" + hex(v.word3);
+  for (auto const& v : set->values()) {
+    out += ' ';
+    out += hex(v.word1);
+    out += ':';
+    out += hex(v.word2);
+    out += ':';
+    out += hex(v.word3);
+  }
   return out;
 }
 
@@ -206,9 +215,35 @@ TEST(ScenarioLanguage, RefusesBadLinesSayingWhereAndWhatWasExpected) {
        "t.scenario:1: expected ipv4, ipv6 or match-map, got 'ipv5'"},
       {"peer-filter F permit 10\nset metric 1\n",
        "t.scenario:2: expected 'set' indented under its peer-filter line"},
+      // Numbers: out of range says the range; hexadecimal takes no sign.
+      {"route-map R permit 4294967296\n",
+       "t.scenario:1: expected sequence number in 0..4294967295, got '4294967296'"},
+      {"route-map R permit 10\n  set metric 99999999999999999999\n",
+       "t.scenario:2: expected metric in -2147483648..2147483647, got '99999999999999999999'"},
+      {"route-map R permit 0x-5\n", "t.scenario:1: expected sequence number, got '0x-5'"},
+      // Bandwidths no configuration writer produces.
+      {"route-map R permit 10\n  set link-bandwidth nan\n",
+       "t.scenario:2: expected link bandwidth (aggregate, divide-equal, divide-ratio or a finite "
+       "value, 0 or more), got 'nan'"},
+      {"route-map R permit 10\n  set link-bandwidth -inf\n",
+       "t.scenario:2: expected link bandwidth (aggregate, divide-equal, divide-ratio or a finite "
+       "value, 0 or more), got '-inf'"},
+      {"route-map R permit 10\n  set link-bandwidth -1\n",
+       "t.scenario:2: expected link bandwidth (aggregate, divide-equal, divide-ratio or a finite "
+       "value, 0 or more), got '-1'"},
+      {"route-map R permit 10\n  set extcommunity lbw 1:1e39\n",
+       "t.scenario:2: expected lbw AA:BANDWIDTH (a finite bandwidth, 0 or more), got '1:1e39'"},
   };
   for (Case const& c : cases)
     EXPECT_EQ(c.message, refusalOf(c.text)) << c.text;
+  EXPECT_TRUE(entry(configured("route-map R permit 0x10\n"), "R", 16))
+      << "hexadecimal numbers are read";
+}
+
+TEST(ScenarioLanguage, RefusalsShowControlBytesAndNulEscaped) {
+  using namespace std::string_literals;
+  EXPECT_EQ("t\\x1b[2J.scenario:1: expected permit or deny, got 'allow\\x1b]0;x\\x07\\x00!'",
+            refusalOf("route-map R allow\x1b]0;x\x07\0!\n"s, "t\x1b[2J.scenario"));
 }
 
 TEST(ScenarioLanguage, RefusesValuesTheLibraryWouldAbortOn) {

@@ -12,10 +12,10 @@
 
 namespace ScenarioTestSupport {
 
-/// The refusal parsing `text` meets, or "(accepted)".
-inline std::string refusalOf(std::string const& text) {
+/// The refusal parsing `text` as `file` meets, or "(accepted)".
+inline std::string refusalOf(std::string const& text, std::string const& file = "t.scenario") {
   try {
-    Scenario::parse(text, "t.scenario");
+    Scenario::parse(text, file);
   } catch (Scenario::ScenarioError const& e) {
     return e.what();
   }

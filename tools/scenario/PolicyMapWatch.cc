@@ -53,8 +53,8 @@ class PolicyMapWatch::RequesterNotifiee final : public Orb::Notifiee {
   std::string head_;
 };
 
-PolicyMapWatch::PolicyMapWatch(Orb::Ptr<PolicyMap> policyMap, std::function<std::size_t()> position)
-    : policyMap_(std::move(policyMap)), position_(std::move(position)) {
+PolicyMapWatch::PolicyMapWatch(Orb::Ptr<PolicyMap> policyMap, Reader reader)
+    : policyMap_(std::move(policyMap)), reader_(std::move(reader)) {
   mapNotifiee_ = std::make_unique<MapNotifiee>(policyMap_, this);
 }
 

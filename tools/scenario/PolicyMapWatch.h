@@ -1,5 +1,6 @@
-// Watches the live policy map and writes each change of it as one canonical
-// line, noting where in the engine command stream it happened:
+// Watches the live policy map and hands each change of it, as it happens, to
+// its reader as one canonical line, so the line lands in the engine command
+// stream right where the change happened:
 //   policy-map TYPE "NAME" listed
 //   policy-map TYPE "NAME" + plugin=P mode=M cli="TEXT" key="KEY"
 //   policy-map TYPE "NAME" - plugin=P mode=M cli="TEXT" key="KEY"
@@ -21,32 +22,24 @@ namespace Scenario {
 
 class PolicyMapWatch {
  public:
-  /// `position` tells how many engine records came before a change.
-  PolicyMapWatch(Orb::Ptr<RoutingPolicyMap::PolicyMap> policyMap,
-                 std::function<std::size_t()> position);
+  using Reader = std::function<void(std::string const& line)>;
+  /// `reader` sees every change line; the watch keeps none of them.
+  PolicyMapWatch(Orb::Ptr<RoutingPolicyMap::PolicyMap> policyMap, Reader reader);
   ~PolicyMapWatch();
   PolicyMapWatch(PolicyMapWatch const&) = delete;
   PolicyMapWatch& operator=(PolicyMapWatch const&) = delete;
-
-  struct Change {
-    /// Engine records sent before the change.
-    std::size_t position;
-    std::string line;
-  };
-  std::vector<Change> const& changes() const noexcept { return changes_; }
 
  private:
   class MapNotifiee;
   class RequesterNotifiee;
   void entryChanged(RoutingPolicyMap::PolicyType type, Orb::Name const& name);
-  void note(std::string line) { changes_.push_back({position_(), std::move(line)}); }
+  void note(std::string const& line) { reader_(line); }
 
   Orb::Ptr<RoutingPolicyMap::PolicyMap> policyMap_;
-  std::function<std::size_t()> position_;
+  Reader reader_;
   std::unique_ptr<MapNotifiee> mapNotifiee_;
   std::map<std::pair<RoutingPolicyMap::PolicyType, Orb::Name>, std::unique_ptr<RequesterNotifiee>>
       requesters_;
-  std::vector<Change> changes_;
 };
 
 }  // namespace Scenario

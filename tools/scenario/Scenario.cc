@@ -3,7 +3,12 @@
 // them, so a new statement is one more row and a new kind one more table.
 #include "Scenario.h"
 
+#include <sys/stat.h>
+
+#include <algorithm>
 #include <array>
+#include <cctype>
+#include <cerrno>
 #include <charconv>
 #include <cstdint>
 #include <cstring>
@@ -41,11 +46,53 @@ Inputs Inputs::create() {
   };
 }
 
-std::string quoted(std::string_view word) {
-  return "'" + std::string(word) + "'";
+std::string printable(std::string_view text) {
+  static constexpr char kHex[] = "0123456789abcdef";
+  std::string out;
+  out.reserve(text.size());
+  for (char ch : text) {
+    auto const byte = static_cast<unsigned char>(ch);
+    if (byte >= 0x20 && byte <= 0x7e) {
+      out += ch;
+    } else {
+      out += "\\x";
+      out += kHex[byte >> 4];
+      out += kHex[byte & 0xf];
+    }
+  }
+  return out;
 }
 
+std::string quoted(std::string_view word) {
+  std::string out;
+  out.reserve(word.size() + 2);
+  out += '\'';
+  out += word;
+  out += '\'';
+  return out;
+}
+
+namespace {
+
+/// Whether `text` is written as an integer: an optional '-' and decimal
+/// digits, or "0x" and hexadecimal digits, whatever its size.
+bool looksInteger(std::string_view text) {
+  auto allOf = [](std::string_view digits, auto isDigit) {
+    return !digits.empty() && std::all_of(digits.begin(), digits.end(), isDigit);
+  };
+  if (text.starts_with("0x")) {
+    return allOf(text.substr(2),
+                 [](char c) { return std::isxdigit(static_cast<unsigned char>(c)); });
+  }
+  if (text.starts_with("-")) text.remove_prefix(1);
+  return allOf(text, [](char c) { return c >= '0' && c <= '9'; });
+}
+
+}  // namespace
+
 std::optional<long long> integerOf(std::string_view text) {
+  // from_chars alone would take the sign after "0x" ("0x-5" as -5).
+  if (!looksInteger(text)) return std::nullopt;
   long long v = 0;
   int base = 10;
   if (text.starts_with("0x")) {
@@ -53,15 +100,16 @@ std::optional<long long> integerOf(std::string_view text) {
     base = 16;
   }
   auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), v, base);
-  if (text.empty() || ec != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  if (ec != std::errc() || end != text.data() + text.size()) return std::nullopt;
   return v;
 }
 
 long long numberIn(Words& w, std::string_view what, long long lo, long long hi) {
   std::string const& word = w.take(what);
   auto v = integerOf(word);
-  if (!v || *v < lo || *v > hi) w.fail(what, word);
-  return *v;
+  if (v && *v >= lo && *v <= hi) return *v;
+  if (!looksInteger(word)) w.fail(what, word);
+  w.fail(std::string(what) + " in " + std::to_string(lo) + ".." + std::to_string(hi), word);
 }
 
 Orb::U32 u32(Words& w, std::string_view what) {
@@ -320,16 +368,44 @@ Scenario parse(std::string_view text, std::string const& file) {
   return scenario;
 }
 
+namespace {
+
+/// At most maxScenarioBytes of `in`; one byte more means too large.
+std::string readCapped(std::istream& in, std::string const& name) {
+  std::string text;
+  char chunk[64 * 1024];
+  while (text.size() <= maxScenarioBytes && in.read(chunk, sizeof chunk).gcount() > 0)
+    text.append(chunk, static_cast<std::size_t>(in.gcount()));
+  if (in.bad()) throw std::runtime_error("cannot read " + printable(name));
+  if (text.size() > maxScenarioBytes) {
+    throw std::runtime_error(printable(name) + " is larger than " +
+                             std::to_string(maxScenarioBytes) +
+                             " bytes, the most a scenario may hold");
+  }
+  return text;
+}
+
+}  // namespace
+
 Scenario parseFile(std::string const& path) {
-  std::ostringstream text;
-  if (path == "-") {
-    text << std::cin.rdbuf();
-    return parse(text.str(), "<stdin>");
+  if (path == "-") return parse(readCapped(std::cin, "standard input"), "<stdin>");
+  std::string const name = printable(path);
+  struct stat st {};
+  if (::stat(path.c_str(), &st) != 0)
+    throw std::runtime_error("cannot read " + name + ": " + std::strerror(errno));
+  if (S_ISDIR(st.st_mode)) throw std::runtime_error(name + " is a directory, not a scenario file");
+  if (!S_ISREG(st.st_mode)) {
+    throw std::runtime_error(name +
+                             " is not a regular file (a device, pipe or socket); give a "
+                             "scenario file, or '-' to read standard input");
+  }
+  if (static_cast<std::uintmax_t>(st.st_size) > maxScenarioBytes) {
+    throw std::runtime_error(name + " is larger than " + std::to_string(maxScenarioBytes) +
+                             " bytes, the most a scenario may hold");
   }
   std::ifstream in(path, std::ios::binary);
-  if (!in) throw std::runtime_error("cannot read " + path + ": " + std::strerror(errno));
-  text << in.rdbuf();
-  return parse(text.str(), path);
+  if (!in) throw std::runtime_error("cannot read " + name + ": " + std::strerror(errno));
+  return parse(readCapped(in, path), path);
 }
 
 }  // namespace Scenario

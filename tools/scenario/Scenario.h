@@ -46,19 +46,26 @@ struct Inputs {
   static Inputs create();
 };
 
+/// `text` fit for a message on a terminal: every byte outside 0x20..0x7e,
+/// NUL and escape sequences included, written as `\xHH`.
+std::string printable(std::string_view text);
+
 /// A statement the replay will not run: bad syntax, a value the library
 /// treats as a programming error, or a reference to something absent.
 /// `what()` says what was expected; the caller adds where.
+/// Made printable here, as `what()` would end at a NUL.
 class Refusal : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  explicit Refusal(std::string const& what) : std::runtime_error(printable(what)) {}
 };
 
-/// A refusal with its place, "FILE:LINE: expected ...".
+/// A refusal with its place, "FILE:LINE: expected ...", printable whatever
+/// bytes the file's name or line held.
 class ScenarioError : public std::runtime_error {
  public:
   ScenarioError(std::string const& file, int line, std::string const& message)
-      : std::runtime_error(file + ":" + std::to_string(line) + ": " + message), line_(line) {}
+      : std::runtime_error(printable(file + ":" + std::to_string(line) + ": " + message)),
+        line_(line) {}
   int line() const noexcept { return line_; }
 
  private:
@@ -124,7 +131,13 @@ struct Scenario {
 
 /// Reads a whole scenario; the first bad line raises ScenarioError.
 Scenario parse(std::string_view text, std::string const& file);
-/// Reads the file at `path` ("-" reads standard input).
+/// The largest scenario read, in bytes. Far above any hand-written one; it
+/// keeps a wrong file (a log, an image) from being read whole.
+inline constexpr std::size_t maxScenarioBytes = 8 * 1024 * 1024;
+
+/// Reads the file at `path` ("-" reads standard input). Only a regular file
+/// or standard input of at most maxScenarioBytes is read; anything else
+/// raises std::runtime_error saying why, with the path made printable.
 Scenario parseFile(std::string const& path);
 
 }  // namespace Scenario

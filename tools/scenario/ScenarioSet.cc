@@ -2,6 +2,7 @@
 // with the presence bit that tells the engine it is set.
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <optional>
@@ -21,6 +22,12 @@ using Flags = Routing::RouteMap::MapEntry::SetFlags;
 using namespace Routing::RouteMap;  // the MedType names
 
 namespace {
+
+/// A bandwidth a configuration writer can mean: NaN, infinities and
+/// negative values (-0 included) would reach the engine as they are.
+bool isBandwidth(float v) {
+  return std::isfinite(v) && !std::signbit(v);
+}
 
 /// What one set clause does to a sequence: the field change and the presence
 /// bit it turns on (none for link bandwidth, which is always sent).
@@ -79,7 +86,12 @@ SetAction setOrigin(Words& w) {
 }
 
 SetAction setLevel(Words& w) {
-  U32 level = static_cast<U32>(numberIn(w, "IS-IS level 1-3" + std::string(kAborts), 1, 3));
+  // Named with its range already, as the other values the library aborts on.
+  std::string const what = "IS-IS level 1-3" + std::string(kAborts);
+  std::string const& word = w.take(what);
+  auto const n = integerOf(word);
+  if (!n || *n < 1 || *n > 3) w.fail(what, word);
+  U32 const level = static_cast<U32>(*n);
   return {Flags::level, [=](MapEntry& e) { e.levelIs(level); }};
 }
 
@@ -238,7 +250,8 @@ Acl::CommunityValue extendedValue(Words& w) {
       std::string text(rest);
       char* end = nullptr;
       float bandwidth = std::strtof(text.c_str(), &end);
-      if (text.empty() || *end != '\0') w.fail("lbw AA:BANDWIDTH", word);
+      if (text.empty() || *end != '\0' || !isBandwidth(bandwidth))
+        w.fail("lbw AA:BANDWIDTH (a finite bandwidth, 0 or more)", word);
       std::memcpy(&low, &bandwidth, sizeof low);
     } else {
       auto n = integerOf(rest);
@@ -348,8 +361,10 @@ SetAction setLinkBandwidth(Words& w) {
   }
   char* end = nullptr;
   float value = std::strtof(word.c_str(), &end);
-  if (*end != '\0')
-    w.fail("link bandwidth (aggregate, divide-equal, divide-ratio or a value)", word);
+  if (*end != '\0' || !isBandwidth(value)) {
+    w.fail("link bandwidth (aggregate, divide-equal, divide-ratio or a finite value, 0 or more)",
+           word);
+  }
   return {0, [=](MapEntry& e) {
             e.extCommLbwFlagIs(Acl::lbwValue);
             e.extCommLbwValueIs(value);

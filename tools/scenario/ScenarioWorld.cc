@@ -8,11 +8,24 @@
 
 namespace Scenario {
 
+namespace {
+
+std::vector<Rib::EngineSink*> sinksOf(World::Options const& options, Rib::EngineSink& model) {
+  std::vector<Rib::EngineSink*> sinks;
+  if (options.stream) sinks.push_back(options.stream);
+  if (options.model) sinks.push_back(&model);
+  return sinks;
+}
+
+}  // namespace
+
 World::World(Options options)
-    : options_(std::move(options)), previousSink_(Rib::engineSinkIs(&sink_)) {
+    : options_(std::move(options)),
+      sink_(sinksOf(options_, modelFeed_)),
+      previousSink_(Rib::engineSinkIs(&sink_)) {
   listRecordsClear();
-  policyWatch_ = std::make_unique<PolicyMapWatch>(live_.policyMap,
-                                                  [this] { return recording_.records().size(); });
+  if (options_.policyMap)
+    policyWatch_ = std::make_unique<PolicyMapWatch>(live_.policyMap, options_.policyMap);
   if (options_.shadow) asPathHoldBack_ = std::make_unique<AsPathHoldBack>(shadow_.aclListConfig);
   root_ = Tessel::rootFactory("root");
   root_->vrfNameIs(options_.vrf);
@@ -21,9 +34,12 @@ World::World(Options options)
 }
 
 World::~World() {
+  // The tear-down's own commands and policy-map withdrawals are no part of
+  // the scenario's output: the stream and the watch go first.
+  Rib::engineSinkIs(previousSink_);
+  policyWatch_ = nullptr;
   if (Tessel::rmRoot == root_) Tessel::rmRoot = nullptr;
   root_ = nullptr;
-  Rib::engineSinkIs(previousSink_);
 }
 
 bool World::allPresent() const noexcept {

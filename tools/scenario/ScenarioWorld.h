@@ -1,5 +1,6 @@
 // The world a scenario runs in: a root on live configuration inputs, its engine
-// stream (recorded and modelled), and an unwatched shadow copy for the check.
+// stream (modelled, and shown to whoever asks), and an unwatched shadow copy
+// for the check.
 #pragma once
 
 #include <array>
@@ -10,8 +11,8 @@
 #include "AsPathHoldBack.h"
 #include "FanOutSink.h"
 #include "PolicyMapWatch.h"
+#include "Rib/CommandText.h"
 #include "Rib/EngineModel.h"
-#include "Rib/RecordingSink.h"
 #include "Scenario.h"
 #include "Tessel/Root.h"
 
@@ -26,6 +27,18 @@ class World {
     /// Keep the shadow configuration the check replays; off saves the work
     /// when nothing is checked.
     bool shadow = true;
+    /// Sees every command and commit as it is sent, before the model does
+    /// (null: nobody). The world itself keeps none of them, so a long run
+    /// costs no more memory than a short one; the stream's reader decides
+    /// what to keep.
+    Rib::EngineSink* stream = nullptr;
+    /// Apply the stream to the engine model; off when nothing will read the
+    /// model (no check, no state), which saves most of a long run's work.
+    bool model = true;
+    /// Sees each change of the live policy map as its canonical line, the
+    /// moment it happens, so it falls in place among the commands the stream
+    /// sees (null: the policy map is not watched).
+    PolicyMapWatch::Reader policyMap;
   };
 
   /// Installs the engine sinks, then makes the root with all six inputs, so
@@ -49,11 +62,6 @@ class World {
     return pending_[index(kind)];
   }
 
-  Rib::RecordingSink const& recording() const noexcept { return recording_; }
-  /// The live policy map's changes, each with its place in the recording.
-  std::vector<PolicyMapWatch::Change> const& policyMapChanges() const noexcept {
-    return policyWatch_->changes();
-  }
   /// The engine as the live stream left it.
   Rib::EngineModel const& model() const noexcept { return model_; }
   L3::VrfName const& vrf() const noexcept { return options_.vrf; }
@@ -106,13 +114,13 @@ class World {
   };
 
   Options options_;
-  Rib::RecordingSink recording_;
   Rib::EngineModel model_;
   ModelFeed modelFeed_{model_};
-  FanOutSink sink_{{&recording_, &modelFeed_}};
+  FanOutSink sink_;
   Rib::EngineSink* previousSink_;
   Inputs live_ = Inputs::create();
   Inputs shadow_ = Inputs::create();
+  /// Only while someone reads the policy map's changes.
   std::unique_ptr<PolicyMapWatch> policyWatch_;
   Orb::Ptr<Tessel::Root> root_;
   std::array<bool, inputCount> present_{};

@@ -43,7 +43,10 @@ std::string const commit = "commit\n";
 
 /// A permit entry matching "_SEQNO_", with its validity under modes 0 and 1.
 AsPathEntry entry(Orb::U32 seqno, bool valid0 = true, bool valid1 = true) {
-  return {seqno, "_" + std::to_string(seqno) + "_", Acl::permit, Acl::originIgp, valid0, valid1};
+  std::string regex = "_";
+  regex += std::to_string(seqno);
+  regex += '_';
+  return {seqno, regex, Acl::permit, Acl::originIgp, valid0, valid1};
 }
 
 class AsPathReactorTest : public TesselTest::RootTest {

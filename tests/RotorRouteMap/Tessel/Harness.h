@@ -23,7 +23,10 @@ namespace TesselTest {
 class TraceCapture final : public Orb::TraceSink {
  public:
   void traceLine(int level, std::string_view, int, std::string_view line) override {
-    text += "\n" + std::to_string(level) + " " + std::string(line);
+    text += '\n';
+    text += std::to_string(level);
+    text += ' ';
+    text += line;
   }
   std::string text;
 };

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <any>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Harness.h"
@@ -93,12 +94,21 @@ TEST_F(TypeRegistrationTest, RegistryConversionErrorsNameTheFieldAtFault) {
   auto const& registry = Orb::TypeRegistry::instance();
   std::string const record =
       Tessel::valueToStrep(CommSetClauseInMapEntry({"M", 10, commSetDelete_}, nullptr));
-  std::string badSeqno = record;
-  badSeqno.replace(badSeqno.find("10"), 2, "x");
+  // The record with one field's text swapped for a bad one.
+  auto swapped = [](std::string const& text, std::string_view field, std::string_view bad) {
+    auto const at = text.find(field);
+    if (at == std::string::npos) return "(no " + std::string(field) + " in " + text + ")";
+    std::string out = text.substr(0, at);
+    out += bad;
+    out.append(text, at + field.size());
+    return out;
+  };
+  std::string const badSeqno = swapped(record, "10", "x");
   EXPECT_THAT(rangeError([&] { registry.valueFromStrep(kRecord, badSeqno); }),
               StartsWith("mapEntryClause: mapSeqno: "));
-  std::string badFlag = Tessel::valueToStrep(MapEntryCommSetClause("M", 10, commSetDelete_));
-  badFlag.replace(badFlag.find("commSetDelete"), 13, "sideways");
+  std::string const badFlag =
+      swapped(Tessel::valueToStrep(MapEntryCommSetClause("M", 10, commSetDelete_)), "commSetDelete",
+              "sideways");
   EXPECT_THAT(rangeError([&] { registry.valueFromStrep(kKey, badFlag); }), StartsWith("flag: "));
   EXPECT_EQ("PrefixListFamily: unknown value 'ipv5'",
             rangeError([&] { registry.valueFromStrep(kFamily, "ipv5"); }));
