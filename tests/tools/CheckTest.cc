@@ -3,11 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <optional>
 #include <set>
 
-#include "Check.h"
 #include "Rib/CommandText.h"
+#include "ScenarioTestSupport.h"
 
 namespace {
 
@@ -21,37 +20,7 @@ std::string const kAboveSeq10 =
     "  512\n    576=\"R\" 0:str=\"R\" (routeMap)\n      577\n"
     "        578=10 0:u32=10 1:flag=true (routeMapSeq)\n";
 
-class CheckTest : public ::testing::Test {
- protected:
-  void TearDown() override {
-    world.reset();
-    Tessel::rmRoot = nullptr;
-    EXPECT_EQ(liveBefore_, Orb::Object::liveObjects()) << "objects left behind";
-  }
-
-  /// Runs `text` with the check on a new world whose model sees only what
-  /// `keep` lets through (everything when null), summed up as text: the
-  /// checks made, the notes and the divergence.
-  std::string runChecked(std::string const& text,
-                         std::function<bool(RecordedCommand const&)> keep = nullptr) {
-    auto const scenario = Scenario::parse(text, "t.scenario");
-    world.reset();
-    world.emplace(Scenario::World::Options{});
-    world->modelFilterIs(std::move(keep));
-    auto const r = Scenario::run(scenario, *world, true);
-    std::string out = "checks=" + std::to_string(r.checks) + "\n";
-    for (auto const& note : r.notes)
-      out += note + "\n";
-    if (r.divergence) {
-      out += "line " + std::to_string(r.divergence->line) + ": " + r.divergence->statement + "\n" +
-             r.divergence->report;
-    }
-    return out;
-  }
-
-  long liveBefore_ = Orb::Object::liveObjects();
-  std::optional<Scenario::World> world;
-};
+class CheckTest : public ScenarioTestSupport::CheckedWorldTest {};
 
 TEST_F(CheckTest, RouteMapFlowsMatchAFreshReplayWheneverSettled) {
   // Settled, and checked, whenever the changed maps were resent, a map's last
@@ -193,10 +162,6 @@ TEST_F(CheckTest, ReferenceToAnAbsentMapIsRefusedWhenItRuns) {
   }
   EXPECT_EQ("t.scenario:3: expected an existing route map, got 'S'", message);
 }
-
-}  // namespace
-
-namespace {
 
 TEST_F(CheckTest, CommunityDivergencesAreKnownByName) {
   struct Case {

@@ -17,7 +17,7 @@
 #include <random>
 #include <set>
 
-#include "Check.h"
+#include "ScenarioTestSupport.h"
 
 namespace {
 
@@ -436,14 +436,7 @@ std::optional<Failure> search(unsigned firstSeed, std::size_t total, Plant const
   return std::nullopt;
 }
 
-class RandomReplayTest : public ::testing::Test {
- protected:
-  void TearDown() override {
-    Tessel::rmRoot = nullptr;
-    EXPECT_EQ(liveBefore_, Orb::Object::liveObjects()) << "objects left behind";
-  }
-  long liveBefore_ = Orb::Object::liveObjects();
-};
+using RandomReplayTest = ScenarioTestSupport::CheckedWorldTest;
 
 TEST_F(RandomReplayTest, RandomChangeSequencesMatchAFreshReplayWheneverSettled) {
   auto env = [](char const* name, unsigned fallback) -> std::optional<unsigned> {

@@ -4,7 +4,7 @@
 
 #include <sstream>
 
-#include "Scenario.h"
+#include "ScenarioTestSupport.h"
 
 namespace {
 
@@ -12,23 +12,8 @@ using Routing::RouteMap::CommunitySet;
 using Routing::RouteMap::MapEntry;
 using Routing::RouteMap::MatchRule;
 
-std::string refusalOf(std::string const& text, std::string const& file = "t.scenario") {
-  try {
-    Scenario::parse(text, file);
-  } catch (Scenario::ScenarioError const& e) {
-    return e.what();
-  }
-  return "(accepted)";
-}
-
-/// Runs the edits of `text` on new inputs, without a root.
-Scenario::Inputs configured(std::string const& text) {
-  auto inputs = Scenario::Inputs::create();
-  for (auto const& s : Scenario::parse(text, "t.scenario").statements) {
-    if (s.edit) s.edit(inputs);
-  }
-  return inputs;
-}
+using ScenarioTestSupport::configured;
+using ScenarioTestSupport::refusalOf;
 
 Orb::Ptr<MapEntry> entry(Scenario::Inputs const& in, char const* map, Orb::U32 seqno) {
   auto m = in.routeMapConfig->routeMap(map);

@@ -65,6 +65,17 @@ class ReactorRetirementTest : public TesselTest::RootTest {
   }
   /// How many reactors answered the last version notification of "R".
   std::size_t resends() { return occurrences(sent(), "deleteRouteMap [512 576=\"R\"] delete"); }
+  /// `old` is retired with both sequences, once, and `answering` reactors
+  /// still resend "R" at its version.
+  void expectRetired(Orb::Reactor const& old, std::size_t answering) {
+    EXPECT_TRUE(old.isZombie());
+    EXPECT_FALSE(old.hasNotificationActive());
+    EXPECT_EQ(retired(10), 1u) << trace.text;
+    EXPECT_EQ(retired(20), 1u) << trace.text;
+    sent();
+    map->versionInc();
+    EXPECT_EQ(resends(), answering);
+  }
 
   Orb::Ptr<Map> map;
 };
@@ -75,13 +86,7 @@ TEST_F(ReactorRetirementTest, ReplacedRouteMapReactorIsRetiredWhileStillHeld) {
   auto otherPolicyMap = RoutingPolicyMap::PolicyMap::create("other");
   vrf->routeMapConfigSmIs(routeMapConfig, "default", otherPolicyMap);
   ASSERT_NE(vrf->routeMapConfigSm(), old.get());
-  EXPECT_TRUE(old->isZombie());
-  EXPECT_FALSE(old->hasNotificationActive());
-  EXPECT_EQ(retired(10), 1u) << trace.text;
-  EXPECT_EQ(retired(20), 1u) << trace.text;
-  sent();
-  map->versionInc();
-  EXPECT_EQ(resends(), 1u) << "only the new reactor answers";
+  expectRetired(*old, 1);
 }
 
 TEST_F(ReactorRetirementTest, DroppedConfigurationReactorRetiresItsSequences) {
@@ -121,13 +126,7 @@ TEST_F(ReactorRetirementTest, ReplacedStatusMachineIsRetiredWhileStillHeld) {
   Orb::Ptr<Tessel::VrfStatusSm> old = root->vrfStatusSm();
   root->policyMapIs(RoutingPolicyMap::PolicyMap::create("other"));
   ASSERT_NE(root->vrfStatusSm(), old);
-  EXPECT_TRUE(old->isZombie());
-  EXPECT_FALSE(old->hasNotificationActive());
-  EXPECT_EQ(retired(10), 1u) << trace.text;
-  EXPECT_EQ(retired(20), 1u) << trace.text;
-  sent();
-  map->versionInc();
-  EXPECT_EQ(resends(), 1u) << "only the new machine answers";
+  expectRetired(*old, 1);
   old = nullptr;
   EXPECT_EQ(retired(10), 1u) << trace.text;
 }
@@ -138,13 +137,7 @@ TEST_F(ReactorRetirementTest, MapReactorReplacedUnderTheSameNameIsRetiredWhileSt
   auto otherConfig = Routing::RouteMap::Config::create("other");
   sm->routeMapIs(otherConfig->routeMapIs("R"));
   ASSERT_NE(sm->orbRouteMap("R"), old.get());
-  EXPECT_TRUE(old->isZombie());
-  EXPECT_FALSE(old->hasNotificationActive());
-  EXPECT_EQ(retired(10), 1u) << trace.text;
-  EXPECT_EQ(retired(20), 1u) << trace.text;
-  sent();
-  map->versionInc();
-  EXPECT_EQ(resends(), 0u) << "the old map's reactor is deaf";
+  expectRetired(*old, 0);  // the old map's reactor is deaf
 }
 
 }  // namespace

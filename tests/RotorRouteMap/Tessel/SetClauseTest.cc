@@ -1,6 +1,5 @@
 // Set clauses: the metric and MED table, text and counts turned into engine
-// numbers, the packed AS paths, the self-committing next-hop modes and the
-// link-bandwidth options.
+// numbers, the packed AS paths and the link-bandwidth options.
 #include <gtest/gtest.h>
 
 #include <bit>
@@ -68,17 +67,6 @@ TEST_F(SetTest, AsPathsArePackedAsHostOrderWordsInKeyOrder) {
                 setCmd("setStrValue", "18:str=\"\""),
             sent());
   EXPECT_THAT(trace.text, HasSubstr("\n0 Error: invalid AS number x9"));
-}
-
-TEST_F(SetTest, NextHopPeerAddrAndUnchangedCommitRightAfterTheirCommand) {
-  cog->doSetIntValue("R", 10, 2, 1);
-  cog->doSetNextHopPeerAddr("R", 10, 27, true);
-  cog->doSetIntValue("R", 10, 3, 1);
-  cog->doSetNextHopUnchanged("R", 10, 32, false);
-  EXPECT_EQ(setCmd("setIntValue", "2:u32=1") + setCmd("setNextHopPeerAddr", "27:flag=true") +
-                "commit\n" + setCmd("setIntValue", "3:u32=1") +
-                setCmd("setNextHopUnchanged", "32:flag=false") + "commit\n",
-            sent());
 }
 
 TEST_F(SetTest, LinkBandwidthOptionsByFlag) {
