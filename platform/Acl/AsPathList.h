@@ -4,8 +4,7 @@
 #pragma once
 
 #include "Acl/Enums.h"
-#include "Orb/Entity.h"
-#include "Orb/OrderedMap.h"
+#include "Acl/VersionedList.h"
 #include "Orb/String.h"
 
 namespace Acl {
@@ -24,50 +23,22 @@ struct AsPathEntry {
   friend bool operator==(AsPathEntry const&, AsPathEntry const&) = default;
 };
 
-class AsPathList : public Orb::Entity {
+class AsPathList : public VersionedList<AsPathEntry> {
  public:
-  using Entries = Orb::OrderedMap<Orb::U32, AsPathEntry>;
+  static constexpr Orb::AttributeId pathEntry_ = entry_;
 
-  enum Attribute : Orb::AttributeId {
-    pathEntry_ = 1,  // key: the sequence number
-    version_,
-  };
-
-  /// Made by the owning configuration, which is its parent.
   static Orb::Ptr<AsPathList> create(Orb::Name name, Orb::Entity const* parent) {
     return new AsPathList(std::move(name), parent);
   }
 
   /// Entries in ascending sequence number.
-  Entries const& pathEntry() const noexcept { return entries_; }
-  AsPathEntry const* pathEntry(Orb::U32 seqno) const { return entries_.get(seqno); }
-  /// Stores the entry under its sequence number, replacing one of the same
-  /// number in place; notifies only a change.
-  void pathEntryIs(AsPathEntry const& entry) {
-    if (AsPathEntry const* old = entries_.get(entry.seqno); old && *old == entry) return;
-    entries_.set(entry.seqno, entry);
-    notify(pathEntry_, Orb::Key(entry.seqno));
-  }
-  void pathEntryDel(Orb::U32 seqno) {
-    if (entries_.erase(seqno)) notify(pathEntry_, Orb::Key(seqno));
-  }
-
-  Orb::U32 version() const noexcept { return versionValue_; }
-  /// Stores the version and notifies, even when it is unchanged: every
-  /// notification marks the end of a batch.
-  void versionIs(Orb::U32 v) {
-    versionValue_ = v;
-    notify(version_);
-  }
-  void versionInc() { versionIs(versionValue_ + 1); }
+  Entries const& pathEntry() const noexcept { return entries(); }
+  AsPathEntry const* pathEntry(Orb::U32 seqno) const { return entry(seqno); }
+  void pathEntryIs(AsPathEntry const& entry) { entryIs(entry); }
+  void pathEntryDel(Orb::U32 seqno) { entryDel(seqno); }
 
  private:
-  AsPathList(Orb::Name name, Orb::Entity const* parent) : Entity(std::move(name)) {
-    parentIs(parent);
-  }
-
-  Entries entries_;
-  Orb::U32 versionValue_ = 0;
+  using VersionedList::VersionedList;
 };
 
 }  // namespace Acl

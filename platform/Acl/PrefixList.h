@@ -4,9 +4,8 @@
 #pragma once
 
 #include "Acl/Enums.h"
+#include "Acl/VersionedList.h"
 #include "Kiwi/Prefix.h"
-#include "Orb/Entity.h"
-#include "Orb/OrderedMap.h"
 
 namespace Acl {
 
@@ -27,51 +26,28 @@ using Ipv6PrefixListEntry = BasicPrefixListEntry<Kiwi::Ip6Prefix>;
 
 /// The two families share one shape; `P` is the family's prefix type.
 template <class P>
-class BasicPrefixList : public Orb::Entity {
+class BasicPrefixList : public VersionedList<BasicPrefixListEntry<P>> {
+  using Base = VersionedList<BasicPrefixListEntry<P>>;
+
  public:
   using Prefix = P;
-  using Entry = BasicPrefixListEntry<P>;
-  using Entries = Orb::OrderedMap<Orb::U32, Entry>;
+  using typename Base::Entries;
+  using typename Base::Entry;
 
-  enum Attribute : Orb::AttributeId {
-    prefixEntry_ = 1,  // key: the sequence number
-    version_,
-  };
+  static constexpr Orb::AttributeId prefixEntry_ = Base::entry_;
 
-  /// Made by the owning configuration, which is its parent.
   static Orb::Ptr<BasicPrefixList> create(Orb::Name name, Orb::Entity const* parent) {
     return new BasicPrefixList(std::move(name), parent);
   }
 
   /// Entries in ascending sequence number.
-  Entries const& prefixEntry() const noexcept { return entries_; }
-  Entry const* prefixEntry(Orb::U32 seqno) const { return entries_.get(seqno); }
-  /// Stores the entry under its sequence number; notifies only a change.
-  void prefixEntryIs(Entry const& entry) {
-    if (Entry const* old = entries_.get(entry.seqno); old && *old == entry) return;
-    entries_.set(entry.seqno, entry);
-    notify(prefixEntry_, Orb::Key(entry.seqno));
-  }
-  void prefixEntryDel(Orb::U32 seqno) {
-    if (entries_.erase(seqno)) notify(prefixEntry_, Orb::Key(seqno));
-  }
-
-  Orb::U32 version() const noexcept { return versionValue_; }
-  /// Stores the version and notifies, even when it is unchanged: every
-  /// notification marks the end of a batch.
-  void versionIs(Orb::U32 v) {
-    versionValue_ = v;
-    notify(version_);
-  }
-  void versionInc() { versionIs(versionValue_ + 1); }
+  Entries const& prefixEntry() const noexcept { return this->entries(); }
+  Entry const* prefixEntry(Orb::U32 seqno) const { return this->entry(seqno); }
+  void prefixEntryIs(Entry const& entry) { this->entryIs(entry); }
+  void prefixEntryDel(Orb::U32 seqno) { this->entryDel(seqno); }
 
  private:
-  BasicPrefixList(Orb::Name name, Orb::Entity const* parent) : Entity(std::move(name)) {
-    parentIs(parent);
-  }
-
-  Entries entries_;
-  Orb::U32 versionValue_ = 0;
+  using Base::Base;
 };
 
 using PrefixList = BasicPrefixList<Kiwi::Prefix>;

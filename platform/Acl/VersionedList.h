@@ -1,0 +1,58 @@
+// Acl::VersionedList: what every list kind with numbered entries shares: the
+// entries by sequence number, and the version its writer bumps when a batch
+// of entry changes is complete.
+#pragma once
+
+#include "Orb/Entity.h"
+#include "Orb/OrderedMap.h"
+
+namespace Acl {
+
+/// `E` has a `seqno` and compares with ==. The kinds name the entry
+/// accessors after their own attribute; the attribute ids are shared.
+template <class E>
+class VersionedList : public Orb::Entity {
+ public:
+  using Entry = E;
+  using Entries = Orb::OrderedMap<Orb::U32, E>;
+
+  enum Attribute : Orb::AttributeId {
+    entry_ = 1,  // key: the sequence number
+    version_,
+  };
+
+  Orb::U32 version() const noexcept { return versionValue_; }
+  /// Stores the version and notifies, even when it is unchanged: every
+  /// notification marks the end of a batch.
+  void versionIs(Orb::U32 v) {
+    versionValue_ = v;
+    notify(version_);
+  }
+  void versionInc() { versionIs(versionValue_ + 1); }
+
+ protected:
+  /// Made by the owning configuration, which is its parent.
+  VersionedList(Orb::Name name, Orb::Entity const* parent) : Entity(std::move(name)) {
+    parentIs(parent);
+  }
+
+  /// Entries in ascending sequence number.
+  Entries const& entries() const noexcept { return entries_; }
+  E const* entry(Orb::U32 seqno) const { return entries_.get(seqno); }
+  /// Stores the entry under its sequence number, replacing one of the same
+  /// number in place; notifies only a change.
+  void entryIs(E const& entry) {
+    if (E const* old = entries_.get(entry.seqno); old && *old == entry) return;
+    entries_.set(entry.seqno, entry);
+    notify(entry_, Orb::Key(entry.seqno));
+  }
+  void entryDel(Orb::U32 seqno) {
+    if (entries_.erase(seqno)) notify(entry_, Orb::Key(seqno));
+  }
+
+ private:
+  Entries entries_;
+  Orb::U32 versionValue_ = 0;
+};
+
+}  // namespace Acl
