@@ -41,7 +41,7 @@ void Cog::doAddDynamicPrefixListEntry(Orb::String const& dynPfxListName,
             "matchMapName)"
                 << " Setting DynamicPrefixList: " << dynPfxListName);
   Rib::RibPath path = listPath(*this, dynPfxListName);
-  auto send = [&](char const* op, Orb::U32 tag, Orb::String const& value) {
+  auto send = [&](std::string_view op, Orb::U32 tag, Orb::String const& value) {
     Orb::Ptr<Rib::CogOp> cmd = Rib::CogOpIs(op, path);
     cmd->values = Rib::CogValueTagArrayIs();
     cmd->values->doPushString(tag, value);

@@ -25,10 +25,14 @@ RibPath cogVrePath(L3::VrfName const& vrfName, bool) {
   return Rib::CogTagArrayIs();
 }
 
-Orb::Ptr<Rib::CogOp> ribOpIs(Orb::String const& name, RibPath path) {
+Orb::Ptr<Rib::CogOp> ribOpIs(std::string_view name, RibPath path) {
   Orb::Ptr<Rib::CogOp> op = Rib::CogOpIs(name, std::move(path));
   op->values = Rib::CogValueTagArrayIs();
   return op;
+}
+
+Orb::Ptr<Rib::CogOp> ribOpIs(Orb::String const& name, RibPath path) {
+  return ribOpIs(name.view(), std::move(path));
 }
 
 RibPath Cog::ribPathIs(U32 id) const {

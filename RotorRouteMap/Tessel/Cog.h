@@ -275,6 +275,13 @@ RibPath cogVrePath(L3::VrfName const& vrfName, bool);
 
 /// A new command with that name and path, no values, not a deletion.
 Orb::Ptr<Rib::CogOp> ribOpIs(Orb::String const& name, RibPath path);
+/// As above for a literal name, which goes to the command without a copy
+/// through an intermediate String.
+Orb::Ptr<Rib::CogOp> ribOpIs(std::string_view name, RibPath path);
+template <std::size_t N>
+Orb::Ptr<Rib::CogOp> ribOpIs(char const (&name)[N], RibPath path) {
+  return ribOpIs(std::string_view(name, N - 1), std::move(path));
+}
 
 /// Sends the first `count` AS numbers from `first` on (in key order) under
 /// set tag 18, packed back to back as 32-bit numbers in host byte order: a

@@ -269,7 +269,7 @@ void Cog::doAddMatchCommunity(Orb::String const& mapName, U32 seqno,
   if (exact) comm = exactTwinsOf(comm);
   ORB_ASSERT(!comm.empty());
   U32 keyTag = 0, valueTag = 0;
-  char const* opName = nullptr;
+  std::string_view opName;
   switch (type) {
     case Acl::communityStandard:
       keyTag = 585, valueTag = 13, opName = "commList";

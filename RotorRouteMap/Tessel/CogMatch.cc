@@ -26,7 +26,7 @@ Cog::PrefixListFamily family(bool isIpv6) {
 
 // The three prefix-list matches differ only in operation and key tag; each
 // names the list by its engine id, so IPv6 lists carry their prefix.
-void sendPrefixListMatch(Cog const& cog, char const* operation, U32 keyTag,
+void sendPrefixListMatch(Cog const& cog, std::string_view operation, U32 keyTag,
                          Orb::String const& mapName, U32 seqno, Orb::String const& listName,
                          bool isIpv6, bool invert) {
   Orb::String const id = Cog::prefixListId(listName, family(isIpv6));

@@ -83,7 +83,7 @@ RibPath entryPath(Cog const& cog, Orb::String const& name, U32 seqno,
   return path;
 }
 
-void addList(Cog const& cog, char const* opName, Orb::String const& name,
+void addList(Cog const& cog, std::string_view opName, Orb::String const& name,
              Cog::PrefixListFamily family) {
   Orb::Ptr<Rib::CogOp> op = ribOpIs(opName, listPath(cog, name, family));
   op->values->doPushString(0, Cog::prefixListId(name, family));

@@ -21,6 +21,8 @@ class String {
 
   std::string const& str() const noexcept { return s_; }
   std::string_view view() const noexcept { return s_; }
+  /// Lets a String go wherever a string_view is taken, without a copy.
+  operator std::string_view() const noexcept { return s_; }
   char const* c_str() const noexcept { return s_.c_str(); }
   std::size_t size() const noexcept { return s_.size(); }
   bool empty() const noexcept { return s_.empty(); }

@@ -2,18 +2,26 @@
 // two ways to commit what was executed.
 #pragma once
 
+#include <string_view>
+
+#include "Orb/Api.h"
+#include "Orb/InlineVector.h"
 #include "Rib/CogTagArray.h"
 #include "Rib/CogValueTagArray.h"
 
 namespace Rib {
 
 /// One engine command: an operation name, the path of the node it acts on,
-/// its values, and whether it removes the node.
-class CogOp : public Orb::Object {
+/// its values, and whether it removes the node. Commands are made and dropped
+/// once per engine command, so their storage is recycled and the name is
+/// kept inline.
+class ROTOR_API CogOp : public Orb::Object {
  public:
-  CogOp(Orb::String name, RibPath path) : name_(std::move(name)), path_(std::move(path)) {}
+  CogOp(std::string_view name, RibPath path) : path_(std::move(path)) {
+    name_.append(name.data(), name.size());
+  }
 
-  Orb::String const& name() const noexcept { return name_; }
+  std::string_view name() const noexcept { return {name_.data(), name_.size()}; }
   RibPath const& path() const noexcept { return path_; }
 
   Orb::Ptr<CogValueTagArray> values;
@@ -28,15 +36,18 @@ class CogOp : public Orb::Object {
   /// Commits everything executed so far and waits for the engine.
   void doCommit();
 
+  static void* operator new(std::size_t size);
+  static void operator delete(void* block, std::size_t size) noexcept;
+
  private:
-  Orb::String name_;
+  Orb::InlineVector<char, 32> name_;
   RibPath path_;
 };
 
 /// A new command with that name and path, no values, not a deletion.
-Orb::Ptr<CogOp> CogOpIs(Orb::String name, RibPath path);
+ROTOR_API Orb::Ptr<CogOp> CogOpIs(std::string_view name, RibPath path);
 
-struct CogCommit {
+struct ROTOR_API CogCommit {
   /// Commits everything executed so far as one transaction.
   static void doCommit();
 };

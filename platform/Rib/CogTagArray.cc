@@ -1,18 +1,36 @@
 // Building the path of an engine command.
 #include "Rib/CogTagArray.h"
 
+#include "Orb/Recycler.h"
+
 namespace Rib {
 
-void CogTagArray::doPushPath(Orb::U32 id) {
-  elements_.push_back(PathElement{PathElement::Kind::pathId, id, 0, {}});
+namespace {
+constinit Orb::Recycler recycler(sizeof(CogTagArray), 256);
+}  // namespace
+
+void CogTagArray::doPushString(Orb::U32 tag, std::string_view s) {
+  auto const begin = static_cast<Orb::U32>(text_.size());
+  text_.append(s.data(), s.size());
+  slots_.push_back({tag, 0, begin, static_cast<Orb::U32>(s.size()), PathElement::Kind::stringKey});
 }
 
-void CogTagArray::doPushString(Orb::U32 tag, Orb::String s) {
-  elements_.push_back(PathElement{PathElement::Kind::stringKey, tag, 0, std::move(s)});
+std::vector<PathElement> CogTagArray::elements() const {
+  std::vector<PathElement> out;
+  out.reserve(size());
+  for (std::size_t i = 0; i < size(); ++i) {
+    PathElementView const e = (*this)[i];
+    out.push_back(PathElement{e.kind, e.tag, e.number, Orb::String(e.text)});
+  }
+  return out;
 }
 
-void CogTagArray::doPushU32(Orb::U32 tag, Orb::U32 v) {
-  elements_.push_back(PathElement{PathElement::Kind::u32Key, tag, v, {}});
+void* CogTagArray::operator new(std::size_t size) {
+  return recycler.take(size);
+}
+
+void CogTagArray::operator delete(void* block, std::size_t size) noexcept {
+  recycler.give(block, size);
 }
 
 RibPath CogTagArrayIs() {

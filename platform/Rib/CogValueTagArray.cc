@@ -1,72 +1,117 @@
 // Collecting the tagged values of an engine command.
 #include "Rib/CogValueTagArray.h"
 
-#include <algorithm>
-#include <type_traits>
-#include <utility>
+#include <cstring>
 
 #include "Orb/Assert.h"
+#include "Orb/Recycler.h"
 
 namespace Rib {
 
 namespace {
-
-// Builds the value in its own slot rather than moving a temporary variant in:
-// one construction instead of two, and no move of a variant's inactive
-// members for the optimiser to reason about.
-template <class T>
-void pushValue(std::vector<TaggedValue>& values, Orb::U32 tag, T&& v) {
-  TaggedValue& slot = values.emplace_back();
-  slot.tag = tag;
-  slot.data.emplace<std::decay_t<T>>(std::forward<T>(v));
-}
-
+constinit Orb::Recycler recycler(sizeof(CogValueTagArray), 256);
 }  // namespace
 
-void CogValueTagArray::doPushU32(Orb::U32 tag, Orb::U32 v) {
-  pushValue(values_, tag, v);
-}
-
-void CogValueTagArray::doPushU8(Orb::U32 tag, Orb::U8 v) {
-  pushValue(values_, tag, v);
-}
-
-void CogValueTagArray::doPushFlag(Orb::U32 tag, bool b) {
-  pushValue(values_, tag, b);
-}
-
-void CogValueTagArray::doPushString(Orb::U32 tag, Orb::String s) {
-  pushValue(values_, tag, std::move(s));
-}
-
-void CogValueTagArray::doPushIpAddr(Orb::U32 tag, Kiwi::IpAddr a) {
-  pushValue(values_, tag, a);
-}
-
-void CogValueTagArray::doPushIp6Addr(Orb::U32 tag, Kiwi::Ip6Addr const& a) {
-  pushValue(values_, tag, a);
+void CogValueTagArray::pushBytes(Orb::U32 tag, ValueKind kind, void const* from, std::size_t size) {
+  auto const begin = static_cast<Orb::U32>(bytes_.size());
+  bytes_.append(static_cast<char const*>(from), size);
+  slots_.push_back({tag, begin, static_cast<Orb::U32>(size), kind});
 }
 
 void CogValueTagArray::doPushScalar(Orb::U32 tag, Orb::U32 count, Orb::U32 const* array) {
   ORB_ASSERT(count == 0 || array != nullptr);
-  pushValue(values_, tag, count == 0 ? U32s{} : U32s(array, array + count));
+  pushBytes(tag, ValueKind::scalar, array, count * sizeof(Orb::U32));
 }
 
-void CogValueTagArray::doPushReset(Orb::U32 tag) {
-  pushValue(values_, tag, Reset{});
+TaggedValue CogValueTagArray::value(std::size_t i) const {
+  Slot const& s = slots_[i];
+  char const* bytes = bytes_.data() + s.number;
+  switch (s.kind) {
+    case ValueKind::u32:
+      return {s.tag, s.number};
+    case ValueKind::u8:
+      return {s.tag, static_cast<Orb::U8>(s.number)};
+    case ValueKind::flag:
+      return {s.tag, s.number != 0};
+    case ValueKind::string:
+      return {s.tag, Orb::String(std::string_view(bytes, s.size))};
+    case ValueKind::ipAddr:
+      return {s.tag, Kiwi::IpAddr(s.number)};
+    case ValueKind::ip6Addr: {
+      Kiwi::Ip6Addr::Bytes b;
+      std::memcpy(b.data(), bytes, b.size());
+      return {s.tag, Kiwi::Ip6Addr(b)};
+    }
+    case ValueKind::scalar: {
+      U32s numbers(s.size / sizeof(Orb::U32));
+      if (!numbers.empty()) std::memcpy(numbers.data(), bytes, s.size);
+      return {s.tag, std::move(numbers)};
+    }
+    case ValueKind::reset:
+      break;
+  }
+  return {s.tag, Reset{}};
 }
 
-void CogValueTagArray::valueIs(Orb::U32 tag, ValueData data) {
-  auto sameTag = [tag](TaggedValue const& v) { return v.tag == tag; };
-  auto first = std::find_if(values_.begin(), values_.end(), sameTag);
-  if (first == values_.end()) {
-    values_.push_back({tag, std::move(data)});
+std::vector<TaggedValue> CogValueTagArray::values() const {
+  std::vector<TaggedValue> out;
+  out.reserve(size());
+  for (std::size_t i = 0; i < size(); ++i)
+    out.push_back(value(i));
+  return out;
+}
+
+CogValueTagArray::Slot CogValueTagArray::slotOf(Orb::U32 tag, ValueData const& data) {
+  // Bytes go to the end of the store; those of a value replaced stay unused.
+  std::size_t const before = slots_.size();
+  std::visit(
+      [&](auto const& v) {
+        using T = std::decay_t<decltype(v)>;
+        if constexpr (std::is_same_v<T, Orb::U32>)
+          doPushU32(tag, v);
+        else if constexpr (std::is_same_v<T, Orb::U8>)
+          doPushU8(tag, v);
+        else if constexpr (std::is_same_v<T, bool>)
+          doPushFlag(tag, v);
+        else if constexpr (std::is_same_v<T, Orb::String>)
+          doPushString(tag, v.view());
+        else if constexpr (std::is_same_v<T, Kiwi::IpAddr>)
+          doPushIpAddr(tag, v);
+        else if constexpr (std::is_same_v<T, Kiwi::Ip6Addr>)
+          doPushIp6Addr(tag, v);
+        else if constexpr (std::is_same_v<T, U32s>)
+          doPushScalar(tag, static_cast<Orb::U32>(v.size()), v.data());
+        else
+          doPushReset(tag);
+      },
+      data);
+  Slot const slot = slots_[before];
+  slots_.truncate(before);
+  return slot;
+}
+
+void CogValueTagArray::valueIs(Orb::U32 tag, ValueData const& data) {
+  Slot const slot = slotOf(tag, data);
+  std::size_t first = 0;
+  while (first < slots_.size() && slots_[first].tag != tag)
+    ++first;
+  if (first == slots_.size()) {
+    slots_.push_back(slot);
     return;
   }
   // The value keeps the place of the first one under its tag, so the engine
   // sees the same order as before; any further ones would contradict it.
-  first->data = std::move(data);
-  values_.erase(std::remove_if(first + 1, values_.end(), sameTag), values_.end());
+  slots_[first] = slot;
+  for (std::size_t i = slots_.size(); i-- > first + 1;)
+    if (slots_[i].tag == tag) slots_.erase(i);
+}
+
+void* CogValueTagArray::operator new(std::size_t size) {
+  return recycler.take(size);
+}
+
+void CogValueTagArray::operator delete(void* block, std::size_t size) noexcept {
+  recycler.give(block, size);
 }
 
 Orb::Ptr<CogValueTagArray> CogValueTagArrayIs() {

@@ -10,7 +10,7 @@ namespace Rib {
 
 RecordedCommand RecordedCommand::of(CogOp const& op) {
   RecordedCommand r;
-  r.name = op.name();
+  r.name = Orb::String(op.name());
   if (op.path()) r.path = op.path()->elements();
   if (op.values) r.values = op.values->values();
   r.isDelete = op.isDelete;
