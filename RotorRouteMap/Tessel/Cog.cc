@@ -2,6 +2,7 @@
 #include "Tessel/Cog.h"
 
 #include "Orb/Assert.h"
+#include "Orb/Recycler.h"
 #include "Orb/Trace.h"
 #include "Orb/TypeRegistry.h"
 #include "Tessel/Root.h"
@@ -14,7 +15,16 @@ Orb::TypeRegistration cogType(
     Orb::TypeInfo("Tessel::Cog", {},
                   {{"doSyncCommit", [](Orb::Object& o) { static_cast<Cog&>(o).doSyncCommit(); }}})
         .objectsOf<Cog>());
+constinit Orb::Recycler recycler(sizeof(Cog), 16);
 }  // namespace
+
+void* Cog::operator new(std::size_t size) {
+  return recycler.take(size);
+}
+
+void Cog::operator delete(void* block, std::size_t size) noexcept {
+  recycler.give(block, size);
+}
 
 Orb::Ptr<Cog> cogFactory(L3::VrfName vrfName) {
   return Orb::make<Cog>(std::move(vrfName));

@@ -260,6 +260,11 @@ class Cog : public Orb::Object {
   static Orb::String getInternalCommunityListName(Orb::String const& mapName, U32 seqno,
                                                   Acl::CommSetFlag flag);
 
+  // A translator lives for one change, and some commands make one of their
+  // own: its storage is recycled.
+  static void* operator new(std::size_t size);
+  static void operator delete(void* block, std::size_t size) noexcept;
+
  private:
   L3::VrfName vrfName_;
   /// Carried for the engine command library; no operation reads it.

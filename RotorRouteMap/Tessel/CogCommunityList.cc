@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Orb/Assert.h"
+#include "Orb/ShortText.h"
 #include "Orb/Trace.h"
 #include "Tessel/Cog.h"
 #include "Tessel/TraceLevels.h"
@@ -17,16 +18,18 @@ constexpr std::string_view kListPrefix = "/policy/commlist ";
 constexpr std::string_view kExactListPrefix = "/policy/commlist .exact.";
 constexpr std::string_view kSetPrefix = "/policy/commset ";
 
-Orb::String listPathText(Orb::String const& listName) {
-  return Orb::String(std::string(kListPrefix) + listName.str());
+// Built on the stack: a refresh writes these names for every clause it
+// touches.
+Orb::ShortText listPathText(std::string_view listName) {
+  return Orb::ShortText(kListPrefix, listName);
 }
 
-Orb::String exactListPathText(Orb::String const& listName) {
-  return Orb::String(std::string(kExactListPrefix) + listName.str());
+Orb::ShortText exactListPathText(std::string_view listName) {
+  return Orb::ShortText(kExactListPrefix, listName);
 }
 
-Orb::String setPathText(Orb::String const& setName) {
-  return Orb::String(std::string(kSetPrefix) + setName.str());
+Orb::ShortText setPathText(std::string_view setName) {
+  return Orb::ShortText(kSetPrefix, setName);
 }
 
 // The key of an entry is only an identity: add and delete build it the same
@@ -121,7 +124,7 @@ bool isLinkBandwidth(Acl::CommunityValue const& v) {
   return ((v.word2 >> 16) & 0xbfff) == 4;
 }
 
-RibPath listEntryPath(Cog const& cog, Orb::String const& listKey, U32 seqno,
+RibPath listEntryPath(Cog const& cog, std::string_view listKey, U32 seqno,
                       Orb::String const& setName) {
   RibPath path = cog.ribPathIs(512);
   path->doPushPath(528);
@@ -150,7 +153,7 @@ Orb::String Cog::getInternalCommunityListName(Orb::String const& mapName, U32 se
 }
 
 void Cog::doAddCommunityList(Orb::String const& listName) {
-  Orb::String const listPath = listPathText(listName);
+  Orb::ShortText const listPath = listPathText(listName);
   ORB_TRACE(traceCommand, "void Tessel::Cog::doAddCommunityList(Orb::String const& listName)"
                               << ": listName=" << listName << " listPath=" << listPath);
   RibPath path = ribPathIs(512);
@@ -162,7 +165,7 @@ void Cog::doAddCommunityList(Orb::String const& listName) {
 }
 
 void Cog::doDelCommunityList(Orb::String const& listName) {
-  Orb::String const listPath = listPathText(listName);
+  Orb::ShortText const listPath = listPathText(listName);
   ORB_TRACE(traceCommand, "void Tessel::Cog::doDelCommunityList(Orb::String const& listName)"
                               << ": listName=" << listName << " listPath=" << listPath);
   RibPath path = ribPathIs(512);
@@ -176,7 +179,7 @@ void Cog::doDelCommunityList(Orb::String const& listName) {
 
 void Cog::doAddCommunityListEntry(Orb::String const& listName,
                                   Acl::CommunityListEntry const& entry) {
-  Orb::String const listPath = listPathText(listName);
+  Orb::ShortText const listPath = listPathText(listName);
   ORB_TRACE(traceCommand,
             "void Tessel::Cog::doAddCommunityListEntry(Orb::String const& listName, "
             "Acl::CommunityListEntry const& entry)"
@@ -211,7 +214,7 @@ void Cog::doAddCommunityListEntry(Orb::String const& listName,
 }
 
 void Cog::doDelCommunityListEntry(Orb::String const& listName, U32 seqno) {
-  Orb::String const listPath = listPathText(listName);
+  Orb::ShortText const listPath = listPathText(listName);
   ORB_TRACE(traceCommand,
             "void Tessel::Cog::doDelCommunityListEntry(Orb::String const& listName, U32 seqno)"
                 << ": listName=" << listName << " listPath=" << listPath << " seqno=" << seqno);
@@ -319,7 +322,7 @@ void Cog::doDelCommSet(Orb::String const& setName, Acl::CommunityType type) {
 
 void Cog::doAddCommunitySetToList(Orb::String const& listName, U32 seqno,
                                   Orb::String const& setName, Acl::MatchPermit permit) {
-  Orb::String const listPath = listPathText(listName);
+  Orb::ShortText const listPath = listPathText(listName);
   ORB_TRACE(traceCommand,
             "void Tessel::Cog::doAddCommunitySetToList(Orb::String const& listName, U32 seqno, "
             "Orb::String const& setName, Acl::MatchPermit permit)"

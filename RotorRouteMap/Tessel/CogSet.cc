@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Orb/Assert.h"
+#include "Orb/InlineVector.h"
 #include "Orb/Trace.h"
 #include "Tessel/Cog.h"
 #include "Tessel/TraceLevels.h"
@@ -23,14 +24,17 @@ RibPath setPathIs(Cog const& cog, Orb::String const& mapName, U32 seqno) {
 }
 
 // The engine unpacks the AS numbers as raw 32-bit words in the host's order,
-// so they go as bytes, not as text.
-Orb::String packedAsPath(MapEntry::AsPath::const_iterator it, U32 count) {
-  std::vector<U32> numbers;
-  numbers.reserve(count);
-  for (U32 i = 0; i < count; ++i, ++it)
-    numbers.push_back(it->second);
-  return Orb::String(
-      std::string(reinterpret_cast<char const*>(numbers.data()), numbers.size() * sizeof(U32)));
+// so they go as bytes, not as text. Packed on the stack for the usual short
+// path.
+void setPackedAsPath(L3::VrfName const& vrfName, Orb::String const& mapName, U32 seqno, U32 tag,
+                     MapEntry::AsPath::const_iterator it, U32 count) {
+  Orb::InlineVector<char, 16 * sizeof(U32)> bytes;
+  for (U32 i = 0; i < count; ++i, ++it) {
+    U32 const number = it->second;
+    bytes.append(reinterpret_cast<char const*>(&number), sizeof number);
+  }
+  cogFactory(vrfName)->doSetStrValue(mapName, seqno, tag,
+                                     std::string_view(bytes.data(), bytes.size()));
 }
 
 // Blank-separated decimal AS numbers, keyed by their position in the text. A
@@ -214,7 +218,7 @@ void doSetAsPathPrepend_(L3::VrfName const& vrfName, Orb::String const& mapName,
             "count)"
                 << ": vrf=" << vrfName << " map=" << mapName << " seqno=" << seqno
                 << " count=" << count);
-  cogFactory(vrfName)->doSetStrValue(mapName, seqno, 18, packedAsPath(first, count));
+  setPackedAsPath(vrfName, mapName, seqno, 18, first, count);
 }
 
 void doSetAsPathReplace_(L3::VrfName const& vrfName, Orb::String const& mapName, U32 seqno,
@@ -225,7 +229,7 @@ void doSetAsPathReplace_(L3::VrfName const& vrfName, Orb::String const& mapName,
             "count)"
                 << ": vrf=" << vrfName << " map=" << mapName << " seqno=" << seqno
                 << " count=" << count);
-  cogFactory(vrfName)->doSetStrValue(mapName, seqno, 34, packedAsPath(first, count));
+  setPackedAsPath(vrfName, mapName, seqno, 34, first, count);
 }
 
 void Cog::doSetExtCommunityLbwOpts(Orb::String const& mapName, U32 seqno,

@@ -20,7 +20,8 @@ class InlineVector {
   static_assert(N > 0);
 
  public:
-  InlineVector() noexcept = default;
+  // User-provided, so value-initialising an owner does not clear the inline storage.
+  InlineVector() noexcept {}
   InlineVector(InlineVector const&) = delete;
   InlineVector& operator=(InlineVector const&) = delete;
   ~InlineVector() {

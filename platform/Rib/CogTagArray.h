@@ -38,7 +38,7 @@ struct PathElementView {
 /// nothing beyond the (recycled) object itself.
 class ROTOR_API CogTagArray : public Orb::Object {
  public:
-  CogTagArray() noexcept = default;
+  CogTagArray() noexcept {}
   void doPushPath(Orb::U32 id) { slots_.push_back({id, 0, 0, 0, PathElement::Kind::pathId}); }
   void doPushString(Orb::U32 tag, std::string_view s);
   void doPushU32(Orb::U32 tag, Orb::U32 v) {

@@ -38,7 +38,7 @@ enum class ValueKind : Orb::U8 { u32, u8, flag, string, ipAddr, ip6Addr, scalar,
 /// stored inline up to what one command of the library carries.
 class ROTOR_API CogValueTagArray : public Orb::Object {
  public:
-  CogValueTagArray() noexcept = default;
+  CogValueTagArray() noexcept {}
   void doPushU32(Orb::U32 tag, Orb::U32 v) { slots_.push_back({tag, v, 0, ValueKind::u32}); }
   void doPushU8(Orb::U32 tag, Orb::U8 v) { slots_.push_back({tag, v, 0, ValueKind::u8}); }
   void doPushFlag(Orb::U32 tag, bool b) {
