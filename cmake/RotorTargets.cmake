@@ -29,6 +29,12 @@ function(rotor_library target root)
   target_include_directories(${target} ${scope}
     $<BUILD_INTERFACE:${root}> $<INSTALL_INTERFACE:${ROTOR_INSTALL_INCLUDEDIR}>)
   target_compile_features(${target} ${scope} cxx_std_20)
+  if(NOT type STREQUAL "INTERFACE_LIBRARY")
+    # Only what is marked ROTOR_API leaves a shared object; everything else
+    # binds inside it, without the PLT.
+    set_target_properties(${target} PROPERTIES
+      CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+  endif()
   if(NOT L_EXPORT)
     return()
   endif()

@@ -3,13 +3,14 @@
 // serves no VRF; every operation commits.
 #pragma once
 
+#include "Orb/Api.h"
 #include "Orb/Ptr.h"
 #include "Orb/String.h"
 #include "Rib/CogOp.h"
 
 namespace RibDynamicPrefixList {
 
-class Cog : public Orb::Object {
+class ROTOR_API Cog : public Orb::Object {
  public:
   Cog() = default;
 
@@ -24,6 +25,6 @@ class Cog : public Orb::Object {
 };
 
 /// The only way the dynamic prefix-list reactor obtains a command object.
-Orb::Ptr<Cog> cogFactory();
+ROTOR_API Orb::Ptr<Cog> cogFactory();
 
 }  // namespace RibDynamicPrefixList

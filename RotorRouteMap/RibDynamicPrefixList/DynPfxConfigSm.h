@@ -10,6 +10,7 @@
 // "dynamic prefix-list match-map". It serves no VRF.
 #pragma once
 
+#include "Orb/Api.h"
 #include "Orb/Reactor.h"
 #include "Routing/DynamicPrefixList/Config.h"
 #include "RoutingPolicyMap/PolicyMap.h"
@@ -18,7 +19,7 @@ namespace RibDynamicPrefixList {
 
 class OrbDynamicPrefixList;
 
-class DynPfxConfigSm : public Orb::Reactor {
+class ROTOR_API DynPfxConfigSm : public Orb::Reactor {
  public:
   using ConfigPtr = Orb::Ptr<Routing::DynamicPrefixList::Config const>;
   using EntryPtr = Orb::Ptr<Routing::DynamicPrefixList::DynamicPrefixListEntry const>;
@@ -76,7 +77,7 @@ class DynPfxConfigSm : public Orb::Reactor {
 };
 
 /// The reactor of one configured dynamic prefix list.
-class OrbDynamicPrefixList : public Orb::Reactor {
+class ROTOR_API OrbDynamicPrefixList : public Orb::Reactor {
  public:
   OrbDynamicPrefixList(DynPfxConfigSm::EntryPtr entry, DynPfxConfigSm* owner);
 
@@ -115,7 +116,7 @@ class OrbDynamicPrefixList : public Orb::Reactor {
 };
 
 /// Makes the dynamic prefix-list reactor.
-Orb::Ptr<DynPfxConfigSm> dynPfxConfigSmFactory(DynPfxConfigSm::ConfigPtr const& config,
-                                               DynPfxConfigSm::PolicyMapPtr const& policyMap);
+ROTOR_API Orb::Ptr<DynPfxConfigSm> dynPfxConfigSmFactory(
+    DynPfxConfigSm::ConfigPtr const& config, DynPfxConfigSm::PolicyMapPtr const& policyMap);
 
 }  // namespace RibDynamicPrefixList

@@ -10,6 +10,7 @@
 #pragma once
 
 #include "Acl/Config.h"
+#include "Orb/Api.h"
 #include "Orb/Reactor.h"
 #include "Tessel/Root.h"
 
@@ -18,7 +19,7 @@ namespace Tessel {
 class IpAclConfigSm;
 class OrbAcl;
 
-class AclConfigSm : public Orb::Reactor {
+class ROTOR_API AclConfigSm : public Orb::Reactor {
  public:
   AclConfigSm(Root::AclConfigPtr aclConfig, L3::VrfName vrfName);
   ~AclConfigSm() override;
@@ -68,7 +69,7 @@ class AclConfigSm : public Orb::Reactor {
 };
 
 /// The reactor of the IP type's ACLs.
-class IpAclConfigSm : public Orb::Reactor {
+class ROTOR_API IpAclConfigSm : public Orb::Reactor {
  public:
   IpAclConfigSm(Orb::Ptr<Acl::AclTypeConfig const> config, L3::VrfName vrfName);
   ~IpAclConfigSm() override;
@@ -100,7 +101,7 @@ class IpAclConfigSm : public Orb::Reactor {
 };
 
 /// The reactor of one ACL.
-class OrbAcl : public Orb::Reactor {
+class ROTOR_API OrbAcl : public Orb::Reactor {
  public:
   OrbAcl(Orb::Ptr<Acl::AclConfig const> acl, IpAclConfigSm* owner);
 

@@ -11,6 +11,7 @@
 // seams below.
 #pragma once
 
+#include "Orb/Api.h"
 #include "Orb/Reactor.h"
 #include "Tessel/OrbCommunityList.h"
 #include "Tessel/OrbPathList.h"
@@ -19,7 +20,7 @@
 
 namespace Tessel {
 
-class AclListConfigSm : public Orb::Reactor {
+class ROTOR_API AclListConfigSm : public Orb::Reactor {
  public:
   AclListConfigSm(Root::AclListConfigPtr aclListConfig, L3::VrfName vrfName);
   ~AclListConfigSm() override;
@@ -144,7 +145,7 @@ class AclListConfigSm : public Orb::Reactor {
 };
 
 /// Makes the list reactor of a VRF.
-Orb::Ptr<AclListConfigSm> aclListConfigSmFactory(Root::AclListConfigPtr const& aclListConfig,
-                                                 L3::VrfName const& vrfName);
+ROTOR_API Orb::Ptr<AclListConfigSm> aclListConfigSmFactory(
+    Root::AclListConfigPtr const& aclListConfig, L3::VrfName const& vrfName);
 
 }  // namespace Tessel

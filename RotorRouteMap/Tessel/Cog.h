@@ -12,6 +12,7 @@
 #include "Kiwi/IpAddr.h"
 #include "Kiwi/Prefix.h"
 #include "L3/VrfName.h"
+#include "Orb/Api.h"
 #include "Orb/Ptr.h"
 #include "Orb/String.h"
 #include "Rib/CogOp.h"
@@ -24,7 +25,7 @@ using Orb::U32;
 using Orb::U8;
 using Rib::RibPath;
 
-class Cog : public Orb::Object {
+class ROTOR_API Cog : public Orb::Object {
  public:
   /// Which node space of the engine a prefix list lives in.
   enum PrefixListFamily : U32 { ipv4 = 0, ipv6 = 1 };
@@ -272,17 +273,17 @@ class Cog : public Orb::Object {
 };
 
 /// The only way reactors obtain a translator.
-Orb::Ptr<Cog> cogFactory(L3::VrfName vrfName);
+ROTOR_API Orb::Ptr<Cog> cogFactory(L3::VrfName vrfName);
 
 /// A new, empty path for the VRF. Asserts that the VRF is the current root's
 /// when a root exists. The flag adds nothing to the path.
-RibPath cogVrePath(L3::VrfName const& vrfName, bool);
+ROTOR_API RibPath cogVrePath(L3::VrfName const& vrfName, bool);
 
 /// A new command with that name and path, no values, not a deletion.
-Orb::Ptr<Rib::CogOp> ribOpIs(Orb::String const& name, RibPath path);
+ROTOR_API Orb::Ptr<Rib::CogOp> ribOpIs(Orb::String const& name, RibPath path);
 /// As above for a literal name, which goes to the command without a copy
 /// through an intermediate String.
-Orb::Ptr<Rib::CogOp> ribOpIs(std::string_view name, RibPath path);
+ROTOR_API Orb::Ptr<Rib::CogOp> ribOpIs(std::string_view name, RibPath path);
 template <std::size_t N>
 Orb::Ptr<Rib::CogOp> ribOpIs(char const (&name)[N], RibPath path) {
   return ribOpIs(std::string_view(name, N - 1), std::move(path));
@@ -292,22 +293,26 @@ Orb::Ptr<Rib::CogOp> ribOpIs(char const (&name)[N], RibPath path) {
 /// set tag 18, packed back to back as 32-bit numbers in host byte order: a
 /// byte string of 4 * count bytes, not text. `count` must not exceed the
 /// elements left in the collection.
-void doSetAsPathPrepend_(L3::VrfName const& vrfName, Orb::String const& mapName, U32 seqno,
-                         Routing::RouteMap::MapEntry::AsPath::const_iterator first, U32 count);
+ROTOR_API void doSetAsPathPrepend_(L3::VrfName const& vrfName, Orb::String const& mapName,
+                                   U32 seqno,
+                                   Routing::RouteMap::MapEntry::AsPath::const_iterator first,
+                                   U32 count);
 /// As doSetAsPathPrepend_, under set tag 34.
-void doSetAsPathReplace_(L3::VrfName const& vrfName, Orb::String const& mapName, U32 seqno,
-                         Routing::RouteMap::MapEntry::AsPath::const_iterator first, U32 count);
+ROTOR_API void doSetAsPathReplace_(L3::VrfName const& vrfName, Orb::String const& mapName,
+                                   U32 seqno,
+                                   Routing::RouteMap::MapEntry::AsPath::const_iterator first,
+                                   U32 count);
 
-std::string valueToStrep(Cog::PrefixListFamily v);
+ROTOR_API std::string valueToStrep(Cog::PrefixListFamily v);
 /// Reads "ipv4", "ipv6" or a decimal number; anything else raises
 /// Orb::RangeError naming PrefixListFamily.
-Cog::PrefixListFamily prefixListFamilyFromStrep(std::string_view text);
-std::ostream& operator<<(std::ostream& os, Cog::PrefixListFamily v);
+ROTOR_API Cog::PrefixListFamily prefixListFamilyFromStrep(std::string_view text);
+ROTOR_API std::ostream& operator<<(std::ostream& os, Cog::PrefixListFamily v);
 /// The family of a number; numbers outside the named values are kept.
-Cog::PrefixListFamily PrefixListFamilyInstance(U32 v);
+ROTOR_API Cog::PrefixListFamily PrefixListFamilyInstance(U32 v);
 /// The family of a text, as prefixListFamilyFromStrep.
-Cog::PrefixListFamily PrefixListFamilyInstance(std::string_view text);
-std::string stringValue(Cog::PrefixListFamily v);
+ROTOR_API Cog::PrefixListFamily PrefixListFamilyInstance(std::string_view text);
+ROTOR_API std::string stringValue(Cog::PrefixListFamily v);
 /// The family at `position` in declaration order (0 ipv4, 1 ipv6); a
 /// position past the last one is an Orb::RangeError.
 template <class E>

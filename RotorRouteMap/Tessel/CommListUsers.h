@@ -2,13 +2,14 @@
 // clauses that use the list, walked in name order.
 #pragma once
 
+#include "Orb/Api.h"
 #include "Orb/Entity.h"
 #include "Orb/OrderedMap.h"
 #include "Tessel/CommSetClauseMapEntryColl.h"
 
 namespace Tessel {
 
-class CommListUsers : public Orb::Entity {
+class ROTOR_API CommListUsers : public Orb::Entity {
  public:
   enum Attribute : Orb::AttributeId {
     commListUser_ = 1,  // key: the community-list name

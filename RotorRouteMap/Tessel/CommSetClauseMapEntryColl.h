@@ -2,13 +2,14 @@
 // community list, keyed by clause.
 #pragma once
 
+#include "Orb/Api.h"
 #include "Orb/Entity.h"
 #include "Orb/HashMap.h"
 #include "Tessel/MapEntryCommSetClause.h"
 
 namespace Tessel {
 
-class CommSetClauseMapEntryColl : public Orb::Entity {
+class ROTOR_API CommSetClauseMapEntryColl : public Orb::Entity {
  public:
   enum Attribute : Orb::AttributeId {
     commSetClause_ = 1,  // key: the MapEntryCommSetClause
@@ -36,7 +37,7 @@ class CommSetClauseMapEntryColl : public Orb::Entity {
 };
 
 /// A new, empty collection for the community list `name`.
-Orb::Ptr<CommSetClauseMapEntryColl> commSetClauseMapEntryCollFactory(Orb::Name name);
+ROTOR_API Orb::Ptr<CommSetClauseMapEntryColl> commSetClauseMapEntryCollFactory(Orb::Name name);
 inline Orb::Ptr<CommSetClauseMapEntryColl> CommSetClauseMapEntryCollIs(Orb::Name name) {
   return commSetClauseMapEntryCollFactory(std::move(name));
 }

@@ -3,11 +3,12 @@
 #pragma once
 
 #include "Acl/CommunityList.h"
+#include "Orb/Api.h"
 
 namespace Tessel {
 
 /// The configured list `name`, or null when it is not configured or there is
 /// no root with an ACL-list configuration.
-Orb::Ptr<Acl::CommunityList const> configuredCommunityList(Orb::Name const& name);
+ROTOR_API Orb::Ptr<Acl::CommunityList const> configuredCommunityList(Orb::Name const& name);
 
 }  // namespace Tessel

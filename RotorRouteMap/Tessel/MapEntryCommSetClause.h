@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "Acl/Enums.h"
+#include "Orb/Api.h"
 #include "Orb/Hash.h"
 #include "Orb/String.h"
 #include "Routing/RouteMap/CommunitySet.h"
@@ -13,7 +14,7 @@
 namespace Tessel {
 
 /// One set clause of one route-map sequence.
-class MapEntryCommSetClause {
+class ROTOR_API MapEntryCommSetClause {
  public:
   MapEntryCommSetClause() = default;
   MapEntryCommSetClause(Orb::String mapName, Orb::U32 mapSeqno, Acl::CommSetFlag flag)
@@ -29,7 +30,7 @@ class MapEntryCommSetClause {
   bool operator!() const noexcept { return *this == MapEntryCommSetClause(); }
   friend bool operator==(MapEntryCommSetClause const&, MapEntryCommSetClause const&) = default;
   /// By name, then sequence (unsigned), then flag compared as a signed number.
-  friend bool operator<(MapEntryCommSetClause const& a, MapEntryCommSetClause const& b) noexcept;
+  friend ROTOR_API bool operator<(MapEntryCommSetClause const& a, MapEntryCommSetClause const& b) noexcept;
 
   /// The seed, then the name's, the sequence's and the flag's hash mixed in.
   Orb::HashValue hash(Orb::HashValue seed) const noexcept;
@@ -42,7 +43,7 @@ class MapEntryCommSetClause {
 
 /// A use with the community set the clause holds (one reference on it).
 /// Equal when the keys are equal and the set is the same object.
-class CommSetClauseInMapEntry {
+class ROTOR_API CommSetClauseInMapEntry {
  public:
   CommSetClauseInMapEntry() = default;
   CommSetClauseInMapEntry(MapEntryCommSetClause key,

@@ -13,6 +13,7 @@
 
 #include "Acl/CommunityList.h"
 #include "L3/VrfName.h"
+#include "Orb/Api.h"
 #include "Orb/HashMap.h"
 #include "Orb/Reactor.h"
 
@@ -21,7 +22,7 @@ namespace Tessel {
 class AclListConfigSm;
 class OrbCommunityListEntry;
 
-class OrbCommunityList : public Orb::Reactor {
+class ROTOR_API OrbCommunityList : public Orb::Reactor {
  public:
   OrbCommunityList(Orb::Ptr<Acl::CommunityList const> list, AclListConfigSm* owner);
 
@@ -69,7 +70,7 @@ class OrbCommunityList : public Orb::Reactor {
   Orb::HashMap<Orb::U32, bool> commSetName_;
 };
 
-class OrbCommunityListEntry : public Orb::Reactor {
+class ROTOR_API OrbCommunityListEntry : public Orb::Reactor {
  public:
   OrbCommunityListEntry(Orb::Ptr<Acl::CommunityListEntry const> entry, OrbCommunityList* owner);
 

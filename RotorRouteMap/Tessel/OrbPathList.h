@@ -10,6 +10,7 @@
 #pragma once
 
 #include "Acl/AsPathList.h"
+#include "Orb/Api.h"
 #include "Orb/HashMap.h"
 #include "Orb/Reactor.h"
 
@@ -19,9 +20,9 @@ class AclListConfigSm;
 
 /// Whether `entry`'s expression compiles under `mode`, as its configuration
 /// says; a mode other than 0 and 1 makes every entry invalid.
-bool aspathEntryValidRegex(Acl::AsPathEntry const& entry, Acl::RegexMode mode);
+ROTOR_API bool aspathEntryValidRegex(Acl::AsPathEntry const& entry, Acl::RegexMode mode);
 
-class OrbPathList : public Orb::Reactor {
+class ROTOR_API OrbPathList : public Orb::Reactor {
  public:
   OrbPathList(Orb::Ptr<Acl::AsPathList const> list, AclListConfigSm* owner);
 

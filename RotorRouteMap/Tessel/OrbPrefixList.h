@@ -11,6 +11,7 @@
 
 #include "Acl/PrefixList.h"
 #include "L3/VrfName.h"
+#include "Orb/Api.h"
 #include "Orb/HashMap.h"
 #include "Orb/Reactor.h"
 #include "Tessel/Cog.h"
@@ -21,7 +22,7 @@ class AclListConfigSm;
 
 /// What sets the two families apart: the list type, the engine commands and
 /// the names the traces give.
-struct Ipv4PrefixListKind {
+struct ROTOR_API Ipv4PrefixListKind {
   using List = Acl::PrefixList;
   static constexpr Cog::PrefixListFamily family = Cog::ipv4;
   static constexpr char const* entrySignature =
@@ -33,7 +34,7 @@ struct Ipv4PrefixListKind {
   }
 };
 
-struct Ipv6PrefixListKind {
+struct ROTOR_API Ipv6PrefixListKind {
   using List = Acl::Ipv6PrefixList;
   static constexpr Cog::PrefixListFamily family = Cog::ipv6;
   static constexpr char const* entrySignature =
@@ -47,7 +48,7 @@ struct Ipv6PrefixListKind {
 
 /// The batching shared by both families.
 template <class Kind>
-class BasicOrbPrefixList : public Orb::Reactor {
+class ROTOR_API BasicOrbPrefixList : public Orb::Reactor {
  public:
   using List = typename Kind::List;
 
@@ -85,7 +86,7 @@ class BasicOrbPrefixList : public Orb::Reactor {
   Orb::HashMap<Orb::U32, bool> modifiedSeqNum_;
 };
 
-class OrbPrefixList final : public BasicOrbPrefixList<Ipv4PrefixListKind> {
+class ROTOR_API OrbPrefixList final : public BasicOrbPrefixList<Ipv4PrefixListKind> {
  public:
   OrbPrefixList(Orb::Ptr<Acl::PrefixList const> list, AclListConfigSm* owner);
 
@@ -95,7 +96,7 @@ class OrbPrefixList final : public BasicOrbPrefixList<Ipv4PrefixListKind> {
   void handlePrefixListVersion() { versionChanged(); }
 };
 
-class OrbIpv6PrefixList final : public BasicOrbPrefixList<Ipv6PrefixListKind> {
+class ROTOR_API OrbIpv6PrefixList final : public BasicOrbPrefixList<Ipv6PrefixListKind> {
  public:
   OrbIpv6PrefixList(Orb::Ptr<Acl::Ipv6PrefixList const> list, AclListConfigSm* owner);
 

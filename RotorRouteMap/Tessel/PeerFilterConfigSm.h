@@ -9,6 +9,7 @@
 // policy-map reference for peer filters.
 #pragma once
 
+#include "Orb/Api.h"
 #include "Orb/Reactor.h"
 #include "Tessel/Root.h"
 
@@ -16,7 +17,7 @@ namespace Tessel {
 
 class OrbPeerFilter;
 
-class PeerFilterConfigSm : public Orb::Reactor {
+class ROTOR_API PeerFilterConfigSm : public Orb::Reactor {
  public:
   PeerFilterConfigSm(Root::PeerFilterConfigPtr peerFilterConfig, L3::VrfName vrfName);
   ~PeerFilterConfigSm() override;
@@ -60,7 +61,7 @@ class PeerFilterConfigSm : public Orb::Reactor {
 };
 
 /// The reactor of one peer filter: it resends the filter on every version.
-class OrbPeerFilter : public Orb::Reactor {
+class ROTOR_API OrbPeerFilter : public Orb::Reactor {
  public:
   OrbPeerFilter(Orb::Ptr<Routing::RouteMap::Map const> map, PeerFilterConfigSm* owner);
 

@@ -2,17 +2,18 @@
 // map; built once when the library is loaded.
 #pragma once
 
+#include "Orb/Api.h"
 #include "Orb/String.h"
 
 namespace Tessel {
 
 /// A listed route map's sequence matches an IPv4 dynamic prefix list.
-extern Orb::String const pmapRmapNestedV4Dpl;
+ROTOR_API extern Orb::String const pmapRmapNestedV4Dpl;
 /// A listed route map's sequence matches an IPv6 dynamic prefix list.
-extern Orb::String const pmapRmapNestedV6Dpl;
+ROTOR_API extern Orb::String const pmapRmapNestedV6Dpl;
 /// A listed route map's sequence calls a sub-route-map.
-extern Orb::String const pmapRmapNestedRmap;
+ROTOR_API extern Orb::String const pmapRmapNestedRmap;
 /// A sent dynamic prefix list needs its match map.
-extern Orb::String const pmapDynPfxMatchMap;
+ROTOR_API extern Orb::String const pmapDynPfxMatchMap;
 
 }  // namespace Tessel

@@ -7,6 +7,7 @@
 #include "Acl/AclListConfig.h"
 #include "Acl/Config.h"
 #include "L3/VrfName.h"
+#include "Orb/Api.h"
 #include "Orb/Entity.h"
 #include "Routing/DynamicPrefixList/Config.h"
 #include "Routing/RouteMap/Config.h"
@@ -17,7 +18,7 @@ namespace Tessel {
 
 class VrfStatusSm;
 
-class Root : public Orb::Entity {
+class ROTOR_API Root : public Orb::Entity {
  public:
   enum Attribute : Orb::AttributeId {
     vrfName_ = 1,
@@ -103,9 +104,9 @@ class Root : public Orb::Entity {
 
 /// Makes a root, which becomes the current one (`rmRoot`), with its
 /// notifications on.
-Orb::Ptr<Root> rootFactory(Orb::Name name);
+ROTOR_API Orb::Ptr<Root> rootFactory(Orb::Name name);
 
 /// The current root, or null. A later root replaces an earlier one.
-extern Orb::Ptr<Root> rmRoot;
+ROTOR_API extern Orb::Ptr<Root> rmRoot;
 
 }  // namespace Tessel

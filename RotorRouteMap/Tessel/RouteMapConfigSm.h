@@ -14,6 +14,7 @@
 // when they change, the sequence goes or the map stops being listed.
 #pragma once
 
+#include "Orb/Api.h"
 #include "Orb/HashMap.h"
 #include "Orb/Reactor.h"
 #include "RoutingPolicyMap/Types.h"
@@ -24,7 +25,7 @@ namespace Tessel {
 class OrbRouteMap;
 class OrbSeqMapEntry;
 
-class RouteMapConfigSm : public Orb::Reactor {
+class ROTOR_API RouteMapConfigSm : public Orb::Reactor {
  public:
   RouteMapConfigSm(Root::RouteMapConfigPtr routeMapConfig, L3::VrfName vrfName,
                    Root::PolicyMapPtr policyMap);
@@ -79,7 +80,7 @@ class RouteMapConfigSm : public Orb::Reactor {
 };
 
 /// The reactor of one route map.
-class OrbRouteMap : public Orb::Reactor {
+class ROTOR_API OrbRouteMap : public Orb::Reactor {
  public:
   OrbRouteMap(Orb::Ptr<Routing::RouteMap::Map const> map, RouteMapConfigSm* owner);
 
@@ -133,7 +134,7 @@ class OrbRouteMap : public Orb::Reactor {
 /// The reactor of one sequence of a route map. It watches its entry's match
 /// rules and sub-route-map, and keeps what the sequence has registered in the
 /// policy map, which is the only memory of what to withdraw.
-class OrbSeqMapEntry : public Orb::Reactor {
+class ROTOR_API OrbSeqMapEntry : public Orb::Reactor {
  public:
   OrbSeqMapEntry(Orb::Ptr<Routing::RouteMap::MapEntry const> entry, OrbRouteMap* owner);
 
@@ -192,8 +193,8 @@ class OrbSeqMapEntry : public Orb::Reactor {
 };
 
 /// Makes the route-map reactor of a VRF.
-Orb::Ptr<RouteMapConfigSm> routeMapConfigSmFactory(Root::RouteMapConfigPtr const& routeMapConfig,
-                                                   L3::VrfName const& vrfName,
-                                                   Root::PolicyMapPtr const& policyMap);
+ROTOR_API Orb::Ptr<RouteMapConfigSm> routeMapConfigSmFactory(
+    Root::RouteMapConfigPtr const& routeMapConfig, L3::VrfName const& vrfName,
+    Root::PolicyMapPtr const& policyMap);
 
 }  // namespace Tessel

@@ -2,6 +2,7 @@
 // one policy name, making and removing the policy's entry as needed.
 #pragma once
 
+#include "Orb/Api.h"
 #include "RoutingPolicyMap/PolicyMap.h"
 
 namespace Tessel {
@@ -10,10 +11,10 @@ namespace Tessel {
 /// the collection of `type`, making the entry when absent; with `del`,
 /// removes the reason and then the entry when no reason is left. An unknown
 /// type is a programming error and aborts.
-void updatePolicyMap(RoutingPolicyMap::PolicyType type, RoutingPolicyMap::PluginType plugin,
-                     RoutingPolicyMap::CliMode mode, Orb::String const& configCli,
-                     Orb::String const& configKey,
-                     Orb::Ptr<RoutingPolicyMap::PolicyMap> const& policyMap,
-                     Orb::String const& name, bool del);
+ROTOR_API void updatePolicyMap(RoutingPolicyMap::PolicyType type,
+                               RoutingPolicyMap::PluginType plugin, RoutingPolicyMap::CliMode mode,
+                               Orb::String const& configCli, Orb::String const& configKey,
+                               Orb::Ptr<RoutingPolicyMap::PolicyMap> const& policyMap,
+                               Orb::String const& name, bool del);
 
 }  // namespace Tessel

@@ -7,6 +7,7 @@
 
 #include <array>
 
+#include "Orb/Api.h"
 #include "Orb/Reactor.h"
 #include "Tessel/Root.h"
 
@@ -21,7 +22,7 @@ class PeerFilterConfigSm;
 class AclListConfigSm;
 class AclConfigSm;
 
-class VrfStatusSm : public Orb::Reactor {
+class ROTOR_API VrfStatusSm : public Orb::Reactor {
  public:
   VrfStatusSm(L3::VrfName vrfName, Root::RouteMapConfigPtr routeMapConfig,
               Root::PeerFilterConfigPtr peerFilterConfig, Root::AclListConfigPtr aclListConfig,

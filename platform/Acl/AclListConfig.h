@@ -7,12 +7,13 @@
 #include "Acl/CommunityList.h"
 #include "Acl/Enums.h"
 #include "Acl/PrefixList.h"
+#include "Orb/Api.h"
 #include "Orb/Entity.h"
 #include "Orb/OrderedMap.h"
 
 namespace Acl {
 
-class AclListConfig : public Orb::Entity {
+class ROTOR_API AclListConfig : public Orb::Entity {
  public:
   enum Attribute : Orb::AttributeId {
     regexMode_ = 1,

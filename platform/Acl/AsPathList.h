@@ -5,6 +5,7 @@
 
 #include "Acl/Enums.h"
 #include "Acl/VersionedList.h"
+#include "Orb/Api.h"
 #include "Orb/String.h"
 
 namespace Acl {
@@ -12,7 +13,7 @@ namespace Acl {
 /// One entry. Whether its expression compiles under each regular-expression
 /// mode is decided by whoever writes the configuration; readers only look at
 /// the two flags.
-struct AsPathEntry {
+struct ROTOR_API AsPathEntry {
   Orb::U32 seqno = 0;
   Orb::String regex;
   MatchPermit action = permit;
@@ -23,7 +24,7 @@ struct AsPathEntry {
   friend bool operator==(AsPathEntry const&, AsPathEntry const&) = default;
 };
 
-class AsPathList : public VersionedList<AsPathEntry> {
+class ROTOR_API AsPathList : public VersionedList<AsPathEntry> {
  public:
   static constexpr Orb::AttributeId pathEntry_ = entry_;
 

@@ -6,6 +6,7 @@
 #include <set>
 
 #include "Acl/Enums.h"
+#include "Orb/Api.h"
 #include "Orb/Entity.h"
 #include "Orb/OrderedMap.h"
 #include "Orb/String.h"
@@ -16,7 +17,7 @@ class CommunityList;
 
 /// One entry: permit or deny one community set, given as values or as a
 /// regular expression.
-class CommunityListEntry : public Orb::Entity {
+class ROTOR_API CommunityListEntry : public Orb::Entity {
  public:
   enum Attribute : Orb::AttributeId {
     permit_ = 1,
@@ -62,7 +63,7 @@ class CommunityListEntry : public Orb::Entity {
 };
 
 /// A named community list; its entries in sequence order.
-class CommunityList : public Orb::Entity {
+class ROTOR_API CommunityList : public Orb::Entity {
  public:
   enum Attribute : Orb::AttributeId {
     communityListEntry_ = 1,  // key: the sequence number

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "Acl/IpRuleConfig.h"
+#include "Orb/Api.h"
 #include "Orb/Entity.h"
 #include "Orb/HashMap.h"
 #include "Orb/OrderedMap.h"
@@ -19,14 +20,14 @@ namespace Acl {
 /// occur and are kept as numbers.
 enum AclType : Orb::U32 { aclTypeIp = 0, aclTypeIpv6 = 1, aclTypeMac = 2 };
 
-std::string valueToStrep(AclType v);
+ROTOR_API std::string valueToStrep(AclType v);
 /// Reads a name ("ip", "ipv6", "mac") or a decimal number.
-AclType aclTypeFromStrep(std::string_view text);
+ROTOR_API AclType aclTypeFromStrep(std::string_view text);
 
 /// The rules of an ACL as configured now: sequence numbers in order, each
 /// naming a rule by its identifier. Not changed once shared; the writer
 /// makes a new one for every change.
-class AclCurrentConfig : public Orb::Object {
+class ROTOR_API AclCurrentConfig : public Orb::Object {
  public:
   using SeqToId = Orb::OrderedMap<Orb::U32, UniqueId>;
   using IdToRule = Orb::HashMap<UniqueId, IpRuleConfig>;
@@ -45,7 +46,7 @@ class AclCurrentConfig : public Orb::Object {
   IdToRule idToRule_;
 };
 
-class AclConfig : public Orb::Entity {
+class ROTOR_API AclConfig : public Orb::Entity {
  public:
   enum Attribute : Orb::AttributeId {
     standard_ = 1,
@@ -81,7 +82,7 @@ class AclConfig : public Orb::Entity {
 };
 
 /// The ACLs of one type, by name.
-class AclTypeConfig : public Orb::Entity {
+class ROTOR_API AclTypeConfig : public Orb::Entity {
  public:
   enum Attribute : Orb::AttributeId {
     acl_ = 1,  // key: the ACL's name
@@ -109,7 +110,7 @@ class AclTypeConfig : public Orb::Entity {
   Orb::OrderedMap<Orb::Name, Orb::Ptr<AclConfig>> acls_;
 };
 
-class Config : public Orb::Entity {
+class ROTOR_API Config : public Orb::Entity {
  public:
   enum Attribute : Orb::AttributeId {
     aclTypeConfig_ = 1,  // key: the type as a number

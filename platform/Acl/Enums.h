@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "Orb/Api.h"
 #include "Orb/Hash.h"
 #include "Orb/Types.h"
 
@@ -49,25 +50,25 @@ enum ExtCommLinkBandwidthSetFlag : Orb::U32 {
   lbwDivideRatio = 4,
 };
 
-std::string valueToStrep(MatchPermit v);
-std::string valueToStrep(BGPOrigin v);
-std::string valueToStrep(CommSetFlag v);
-std::string valueToStrep(CommunityType v);
-std::string valueToStrep(CommunityListType v);
-std::string valueToStrep(RegexMode v);
-std::string valueToStrep(ExtCommLinkBandwidthSetFlag v);
+ROTOR_API std::string valueToStrep(MatchPermit v);
+ROTOR_API std::string valueToStrep(BGPOrigin v);
+ROTOR_API std::string valueToStrep(CommSetFlag v);
+ROTOR_API std::string valueToStrep(CommunityType v);
+ROTOR_API std::string valueToStrep(CommunityListType v);
+ROTOR_API std::string valueToStrep(RegexMode v);
+ROTOR_API std::string valueToStrep(ExtCommLinkBandwidthSetFlag v);
 
 /// Parse a name of the enumeration or a decimal number; anything else raises
 /// Orb::RangeError naming the enumeration.
-MatchPermit matchPermitFromStrep(std::string_view text);
-BGPOrigin bgpOriginFromStrep(std::string_view text);
-CommSetFlag commSetFlagFromStrep(std::string_view text);
-RegexMode regexModeFromStrep(std::string_view text);
-ExtCommLinkBandwidthSetFlag lbwFlagFromStrep(std::string_view text);
+ROTOR_API MatchPermit matchPermitFromStrep(std::string_view text);
+ROTOR_API BGPOrigin bgpOriginFromStrep(std::string_view text);
+ROTOR_API CommSetFlag commSetFlagFromStrep(std::string_view text);
+ROTOR_API RegexMode regexModeFromStrep(std::string_view text);
+ROTOR_API ExtCommLinkBandwidthSetFlag lbwFlagFromStrep(std::string_view text);
 
 /// One community of any kind as three 32-bit words: a standard community is
 /// the third word, an extended one the second and third, a large one all three.
-struct CommunityValue {
+struct ROTOR_API CommunityValue {
   Orb::U32 word1 = 0;
   Orb::U32 word2 = 0;
   Orb::U32 word3 = 0;

@@ -7,6 +7,7 @@
 #include <iosfwd>
 
 #include "Kiwi/Prefix.h"
+#include "Orb/Api.h"
 #include "Orb/Hash.h"
 #include "Orb/Types.h"
 
@@ -14,7 +15,7 @@ namespace Acl {
 
 /// Identifies one rule within an ACL's configuration, apart from its
 /// sequence number.
-struct UniqueId {
+struct ROTOR_API UniqueId {
   Orb::U64 value = 0;
 
   friend auto operator<=>(UniqueId const&, UniqueId const&) = default;
@@ -24,12 +25,12 @@ struct UniqueId {
   }
 };
 
-std::ostream& operator<<(std::ostream& os, UniqueId id);
+ROTOR_API std::ostream& operator<<(std::ostream& os, UniqueId id);
 
 /// The fields every IP filter shares. VNI and TNI are 24-bit identifiers;
 /// each store (and each copy) checks them, so an out-of-range value never
 /// travels further than where it was made.
-class IpFilterBase {
+class ROTOR_API IpFilterBase {
  public:
   static constexpr std::int64_t maxVni = 16777215;
 
@@ -57,7 +58,7 @@ class IpFilterBase {
   std::int64_t tni_ = 0;
 };
 
-class IpFilter : public IpFilterBase {
+class ROTOR_API IpFilter : public IpFilterBase {
  public:
   Kiwi::IpAddrWithFullMask const& source() const noexcept { return source_; }
   void sourceIs(Kiwi::IpAddrWithFullMask const& v) { source_ = v; }
@@ -70,7 +71,7 @@ class IpFilter : public IpFilterBase {
 
 /// One rule. The action is kept as the configuration wrote it: 0 denies, 1
 /// permits, other values occur.
-struct IpRuleConfig {
+struct ROTOR_API IpRuleConfig {
   Orb::U32 action = 0;
   IpFilter filter;
 

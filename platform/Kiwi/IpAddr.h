@@ -8,12 +8,13 @@
 #include <string>
 #include <string_view>
 
+#include "Orb/Api.h"
 #include "Orb/Types.h"
 
 namespace Kiwi {
 
 /// An IPv4 address, held as a number in host byte order.
-class IpAddr {
+class ROTOR_API IpAddr {
  public:
   constexpr IpAddr() = default;
   constexpr explicit IpAddr(Orb::U32 hostOrder) : v_(hostOrder) {}
@@ -32,7 +33,7 @@ class IpAddr {
 };
 
 /// An IPv6 address as its sixteen bytes in network order.
-class Ip6Addr {
+class ROTOR_API Ip6Addr {
  public:
   using Bytes = std::array<Orb::U8, 16>;
   constexpr Ip6Addr() = default;
@@ -52,7 +53,7 @@ class Ip6Addr {
   Bytes b_{};
 };
 
-std::ostream& operator<<(std::ostream& os, IpAddr a);
-std::ostream& operator<<(std::ostream& os, Ip6Addr const& a);
+ROTOR_API std::ostream& operator<<(std::ostream& os, IpAddr a);
+ROTOR_API std::ostream& operator<<(std::ostream& os, Ip6Addr const& a);
 
 }  // namespace Kiwi

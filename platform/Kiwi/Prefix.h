@@ -8,12 +8,13 @@
 #include <string_view>
 
 #include "Kiwi/IpAddr.h"
+#include "Orb/Api.h"
 
 namespace Kiwi {
 
 /// An IPv4 prefix ("10.0.0.0/8"). The address is kept as given; host bits
 /// are not cleared.
-class Prefix {
+class ROTOR_API Prefix {
  public:
   constexpr Prefix() = default;
   /// Raises Orb::RangeError naming "length" when it is above 32.
@@ -32,7 +33,7 @@ class Prefix {
 };
 
 /// An IPv6 prefix ("2001:db8::/32").
-class Ip6Prefix {
+class ROTOR_API Ip6Prefix {
  public:
   constexpr Ip6Prefix() = default;
   /// Raises Orb::RangeError naming "length" when it is above 128.
@@ -52,7 +53,7 @@ class Ip6Prefix {
 
 /// An IPv4 address with a full (contiguous, not wildcard) mask, both in host
 /// order. Text form "10.1.0.0/16"; "10.1.0.0/255.255.0.0" is read as well.
-class IpAddrWithFullMask {
+class ROTOR_API IpAddrWithFullMask {
  public:
   constexpr IpAddrWithFullMask() = default;
   /// Raises Orb::RangeError naming "mask" when the mask is not contiguous.
@@ -73,8 +74,8 @@ class IpAddrWithFullMask {
   Orb::U32 mask_ = 0;
 };
 
-std::ostream& operator<<(std::ostream& os, Prefix const& p);
-std::ostream& operator<<(std::ostream& os, Ip6Prefix const& p);
-std::ostream& operator<<(std::ostream& os, IpAddrWithFullMask const& a);
+ROTOR_API std::ostream& operator<<(std::ostream& os, Prefix const& p);
+ROTOR_API std::ostream& operator<<(std::ostream& os, Ip6Prefix const& p);
+ROTOR_API std::ostream& operator<<(std::ostream& os, IpAddrWithFullMask const& a);
 
 }  // namespace Kiwi

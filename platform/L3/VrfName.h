@@ -5,11 +5,12 @@
 #include <iosfwd>
 #include <string>
 
+#include "Orb/Api.h"
 #include "Orb/String.h"
 
 namespace L3 {
 
-class VrfName {
+class ROTOR_API VrfName {
  public:
   static constexpr std::size_t maxLength = 100;
 
@@ -29,6 +30,6 @@ class VrfName {
   Orb::String value_;
 };
 
-std::ostream& operator<<(std::ostream& os, VrfName const& v);
+ROTOR_API std::ostream& operator<<(std::ostream& os, VrfName const& v);
 
 }  // namespace L3

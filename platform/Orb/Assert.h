@@ -2,9 +2,11 @@
 // level 0 and written to standard error, then the process aborts.
 #pragma once
 
+#include "Orb/Api.h"
+
 namespace Orb {
 
-[[noreturn]] void assertionFailed(char const* condition, char const* file, int line) noexcept;
+[[noreturn]] ROTOR_API void assertionFailed(char const* condition, char const* file, int line) noexcept;
 
 }  // namespace Orb
 

@@ -4,6 +4,7 @@
 
 #include <vector>
 
+#include "Orb/Api.h"
 #include "Orb/Key.h"
 #include "Orb/Ptr.h"
 #include "Orb/String.h"
@@ -17,7 +18,7 @@ class Notifiee;
 
 /// A named object with an optional parent. Its setters call `notify` with the
 /// attribute and, for collections, the changed element's key.
-class Entity : public Object {
+class ROTOR_API Entity : public Object {
  public:
   Name const& name() const noexcept { return name_; }
   /// The owning entity, or null; not a reference, so parent and child never
@@ -58,7 +59,7 @@ class Entity : public Object {
 /// Watches one entity. It registers at construction, unregisters at
 /// destruction, and receives `onAttribute` only while its notification is on
 /// (off at construction).
-class Notifiee {
+class ROTOR_API Notifiee {
  public:
   Notifiee(Notifiee const&) = delete;
   Notifiee& operator=(Notifiee const&) = delete;

@@ -5,6 +5,7 @@
 #include <iosfwd>
 #include <variant>
 
+#include "Orb/Api.h"
 #include "Orb/String.h"
 #include "Orb/Types.h"
 
@@ -12,7 +13,7 @@ namespace Orb {
 
 /// No key (a scalar attribute), a number, a name, or a value of another key
 /// type (for collections keyed by records).
-class Key {
+class ROTOR_API Key {
  public:
   Key() = default;
   Key(U32 v) : v_(v) {}
@@ -41,6 +42,6 @@ class Key {
   std::variant<std::monostate, U32, Name, std::any> v_;
 };
 
-std::ostream& operator<<(std::ostream& os, Key const& k);
+ROTOR_API std::ostream& operator<<(std::ostream& os, Key const& k);
 
 }  // namespace Orb

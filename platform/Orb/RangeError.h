@@ -2,12 +2,14 @@
 // value lies outside what the type allows.
 #pragma once
 
+#include "Orb/Api.h"
+
 #include <stdexcept>
 #include <string>
 
 namespace Orb {
 
-class RangeError : public std::range_error {
+class ROTOR_API RangeError : public std::range_error {
  public:
   explicit RangeError(std::string const& what) : std::range_error(what) {}
   /// The same error reported again under the attribute it was read for, as

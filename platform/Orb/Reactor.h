@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "Orb/Api.h"
 #include "Orb/Entity.h"
 #include "Orb/HashMap.h"
 
@@ -21,14 +22,14 @@ namespace Orb {
 
 /// Something a reactor owns that must follow its notification switch and its
 /// zombie mark: a nested notifiee, a child slot, an element collection.
-class ReactorPart {
+class ROTOR_API ReactorPart {
  public:
   virtual ~ReactorPart() = default;
   virtual void partNotificationIs(bool active) = 0;
   virtual void partZombieIs(bool zombie) = 0;
 };
 
-class Reactor : public Object {
+class ROTOR_API Reactor : public Object {
  public:
   bool hasNotificationActive() const noexcept { return active_; }
   /// Sets this reactor's switch, then every part's, in registration order.

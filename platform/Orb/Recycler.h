@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <new>
 
+#include "Orb/Api.h"
 #include "Orb/Object.h"
 
 namespace Orb {
@@ -14,7 +15,7 @@ namespace Orb {
 /// may be freed on another thread, so blocks go straight to the heap. Under
 /// AddressSanitizer it is off, so reuse after free is still reported.
 /// Instances are meant to be `constinit` statics.
-class Recycler {
+class ROTOR_API Recycler {
  public:
   constexpr Recycler(std::size_t blockSize, std::size_t keep) noexcept
       : blockSize_(blockSize < sizeof(Free) ? sizeof(Free) : blockSize), keep_(keep) {}

@@ -6,13 +6,14 @@
 #include <ostream>
 #include <string_view>
 
+#include "Orb/Api.h"
 #include "Orb/InlineVector.h"
 #include "Orb/Types.h"
 
 namespace Orb {
 
 /// Up to 96 characters stay inline; longer text spills to the heap.
-class ShortText {
+class ROTOR_API ShortText {
  public:
   ShortText() noexcept {}
   explicit ShortText(std::string_view a, std::string_view b = {}) {

@@ -6,13 +6,14 @@
 #include <string>
 #include <string_view>
 
+#include "Orb/Api.h"
 #include "Orb/Hash.h"
 
 namespace Orb {
 
 /// Immutable text. Comparison is byte-wise, so order does not depend on the
 /// locale.
-class String {
+class ROTOR_API String {
  public:
   String() = default;
   String(char const* s) : s_(s ? s : "") {}
@@ -44,10 +45,10 @@ class String {
   std::string s_;
 };
 
-std::ostream& operator<<(std::ostream& os, String const& s);
+ROTOR_API std::ostream& operator<<(std::ostream& os, String const& s);
 
 /// A String used as a key: names key the named collections and entities.
-class Name : public String {
+class ROTOR_API Name : public String {
  public:
   using String::String;
   Name() = default;

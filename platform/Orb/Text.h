@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "Orb/Api.h"
 #include "Orb/RangeError.h"
 #include "Orb/String.h"
 #include "Orb/Types.h"
@@ -14,15 +15,15 @@ namespace Orb {
 /// `s` in double quotes; `\` and `"` are escaped with a backslash and every
 /// byte below 0x20 or above 0x7e is written as \xHH (lower-case hex), so
 /// binary values print exactly and read back the same.
-std::string quote(std::string_view s);
+ROTOR_API std::string quote(std::string_view s);
 /// The quoted text form of a String.
-std::string valueToStrep(String const& s);
+ROTOR_API std::string valueToStrep(String const& s);
 /// A pointer's text form: "0x" and lower-case hex digits ("0x0" for null).
-std::string pointerToStrep(void const* p);
+ROTOR_API std::string pointerToStrep(void const* p);
 
 /// Reads a text form from left to right. Every failure raises a RangeError
 /// that says what was expected where.
-class TextReader {
+class ROTOR_API TextReader {
  public:
   explicit TextReader(std::string_view text) : text_(text) {}
 

@@ -3,6 +3,8 @@
 // entry traces at 8, deletions at 1, command details at 7 and 9.
 #pragma once
 
+#include "Orb/Api.h"
+
 #include <sstream>
 #include <string_view>
 
@@ -10,7 +12,7 @@ namespace Orb {
 
 /// Receives trace lines. Tests capture them; tools print them. Without an
 /// installed sink nothing is traced and nothing is formatted.
-class TraceSink {
+class ROTOR_API TraceSink {
  public:
   virtual ~TraceSink() = default;
   /// Lines above this level are not formatted at all.
@@ -19,12 +21,12 @@ class TraceSink {
 };
 
 /// Installs `sink` (or none, with nullptr) and returns the previous one.
-TraceSink* traceSinkIs(TraceSink* sink) noexcept;
-TraceSink* traceSink() noexcept;
-bool traceEnabled(int level) noexcept;
+ROTOR_API TraceSink* traceSinkIs(TraceSink* sink) noexcept;
+ROTOR_API TraceSink* traceSink() noexcept;
+ROTOR_API bool traceEnabled(int level) noexcept;
 
 /// Builds one trace line and hands it to the sink when it goes out of scope.
-class TraceLine {
+class ROTOR_API TraceLine {
  public:
   TraceLine(int level, char const* file, int line) : level_(level), file_(file), line_(line) {}
   TraceLine(TraceLine const&) = delete;
@@ -45,7 +47,7 @@ class TraceLine {
 
 /// The file's base name: trace lines carry no build directory, so they read
 /// the same on every machine.
-std::string_view baseName(char const* path) noexcept;
+ROTOR_API std::string_view baseName(char const* path) noexcept;
 
 }  // namespace Orb
 

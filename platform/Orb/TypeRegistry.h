@@ -9,12 +9,13 @@
 #include <utility>
 #include <vector>
 
+#include "Orb/Api.h"
 #include "Orb/Entity.h"
 #include "Orb/RangeError.h"
 
 namespace Orb {
 
-struct TypeInfo {
+struct ROTOR_API TypeInfo {
   using Attributes = std::vector<std::pair<AttributeId, std::string>>;
   using Actions = std::vector<std::pair<std::string, std::function<void(Object&)>>>;
 
@@ -55,7 +56,7 @@ struct TypeInfo {
   }
 };
 
-class TypeRegistry {
+class ROTOR_API TypeRegistry {
  public:
   static TypeRegistry& instance();
 
@@ -81,7 +82,7 @@ class TypeRegistry {
 };
 
 /// Declared at namespace scope in a source file: registers at load time.
-struct TypeRegistration {
+struct ROTOR_API TypeRegistration {
   explicit TypeRegistration(TypeInfo info) { TypeRegistry::instance().typeIs(std::move(info)); }
 };
 

@@ -14,7 +14,7 @@ namespace Rib {
 
 /// One element of a path: a node kind (path id), or a key selecting one
 /// instance of the node pushed before it. The owning form, kept by records.
-struct PathElement {
+struct ROTOR_API PathElement {
   enum class Kind : Orb::U8 { pathId, stringKey, u32Key };
   Kind kind;
   Orb::U32 tag;  // the path id, or the key's tag
@@ -25,7 +25,7 @@ struct PathElement {
 };
 
 /// One element as the path holds it; `text` lives as long as the path.
-struct PathElementView {
+struct ROTOR_API PathElementView {
   PathElement::Kind kind;
   Orb::U32 tag;
   Orb::U32 number;

@@ -15,7 +15,7 @@ namespace Rib {
 
 /// A value's content; `Reset` returns the attribute under the tag to its
 /// default.
-struct Reset {
+struct ROTOR_API Reset {
   friend bool operator==(Reset, Reset) = default;
 };
 using U32s = std::vector<Orb::U32>;
@@ -23,7 +23,7 @@ using ValueData =
     std::variant<Orb::U32, Orb::U8, bool, Orb::String, Kiwi::IpAddr, Kiwi::Ip6Addr, U32s, Reset>;
 
 /// One value in its owning form, as records keep it.
-struct TaggedValue {
+struct ROTOR_API TaggedValue {
   Orb::U32 tag;
   ValueData data;
 

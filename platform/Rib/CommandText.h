@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Orb/Api.h"
 #include "Orb/RangeError.h"
 #include "Rib/EngineSink.h"
 
@@ -15,7 +16,7 @@ namespace Rib {
 
 /// A copy of one executed command or one commit, independent of the objects
 /// that produced it, so it stays valid after they change or go away.
-struct RecordedCommand {
+struct ROTOR_API RecordedCommand {
   enum class Kind : Orb::U8 { command, commit, syncCommit };
   Kind kind = Kind::command;
   Orb::String name;  // empty for commits
@@ -36,22 +37,22 @@ struct RecordedCommand {
 ///   commit              (a transaction commit)
 ///   commit sync         (a synchronous commit)
 /// Command names are identifiers; a name holding a blank cannot be read back.
-std::string commandLine(RecordedCommand const& record);
+ROTOR_API std::string commandLine(RecordedCommand const& record);
 
 /// One value as the command line spells it, `<tag>:<kind>=<value>` (or
 /// `<tag>:reset`), for other text forms that show values the same way.
-std::string valueText(TaggedValue const& value);
+ROTOR_API std::string valueText(TaggedValue const& value);
 
 /// Reads a canonical line back. Only the canonical text is accepted, so
 /// `commandLine(parseCommandLine(line)) == line` whenever it succeeds; any
 /// other text raises Orb::RangeError saying what was expected at which offset.
-RecordedCommand parseCommandLine(std::string_view line);
+ROTOR_API RecordedCommand parseCommandLine(std::string_view line);
 
 /// Reads a stream of canonical lines, each ending in '\n' as
 /// RecordingSink::text writes them. Errors are prefixed "line <n>: ".
-std::vector<RecordedCommand> parseCommandText(std::string_view text);
+ROTOR_API std::vector<RecordedCommand> parseCommandText(std::string_view text);
 
 /// Writes the canonical line, so test failures show records as text.
-std::ostream& operator<<(std::ostream& os, RecordedCommand const& record);
+ROTOR_API std::ostream& operator<<(std::ostream& os, RecordedCommand const& record);
 
 }  // namespace Rib

@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Orb/Api.h"
 #include "Rib/CommandText.h"
 #include "Rib/EngineSink.h"
 
@@ -29,7 +30,7 @@ inline constexpr std::array<std::string_view, 7> replacingCommands = {
 
 /// Whether a command of that name replaces its node's values (see
 /// replacingCommands).
-bool replacesValues(std::string_view commandName) noexcept;
+ROTOR_API bool replacesValues(std::string_view commandName) noexcept;
 
 struct NodeChange;
 
@@ -47,7 +48,7 @@ struct NodeChange;
 ///
 /// Commands are kept pending when executed and take effect, in execution
 /// order, at the next commit of either kind, as in the engine's transaction.
-class EngineModel final : public EngineSink {
+class ROTOR_API EngineModel final : public EngineSink {
  public:
   void execute(CogOp const& op) override;
   void commit(CommitKind kind) override;
@@ -122,13 +123,13 @@ class EngineModel final : public EngineSink {
   std::vector<RecordedCommand> pending_;
   std::size_t commits_ = 0;
 
-  friend std::string diff(EngineModel const& a, EngineModel const& b);
-  friend std::vector<NodeChange> changedNodes(EngineModel const& a, EngineModel const& b);
+  friend ROTOR_API std::string diff(EngineModel const& a, EngineModel const& b);
+  friend ROTOR_API std::vector<NodeChange> changedNodes(EngineModel const& a, EngineModel const& b);
 };
 
 /// A node that makes two models unequal: one holds it and the other does not,
 /// or both do and their nodes are not equal.
-struct NodeChange {
+struct ROTOR_API NodeChange {
   std::vector<PathElement> path;
   bool inA = false;
   bool inB = false;
@@ -136,15 +137,15 @@ struct NodeChange {
 
 /// The nodes that make `a` and `b` unequal, in state-text order. Empty when
 /// the models are equal.
-std::vector<NodeChange> changedNodes(EngineModel const& a, EngineModel const& b);
+ROTOR_API std::vector<NodeChange> changedNodes(EngineModel const& a, EngineModel const& b);
 
 /// The committed trees of `a` and `b` compared node by node: `a`'s line of a
 /// changed node as "- <line>", `b`'s as "+ <line>", with `a`'s lines of the
 /// unchanged nodes above them as "  <line>" for context. Empty when the
 /// models are equal, even if their state texts name different commands.
-std::string diff(EngineModel const& a, EngineModel const& b);
+ROTOR_API std::string diff(EngineModel const& a, EngineModel const& b);
 
 /// Writes the state text, so test failures show models as trees.
-std::ostream& operator<<(std::ostream& os, EngineModel const& model);
+ROTOR_API std::ostream& operator<<(std::ostream& os, EngineModel const& model);
 
 }  // namespace Rib

@@ -2,6 +2,7 @@
 // engine: the agent's engine connection, a recorder, an engine model.
 #pragma once
 
+#include "Orb/Api.h"
 #include "Rib/CogOp.h"
 
 namespace Rib {
@@ -11,7 +12,7 @@ enum class CommitKind : Orb::U8 {
   synchronous,  // Rib::CogOp::doCommit: commits and waits for the engine
 };
 
-class EngineSink {
+class ROTOR_API EngineSink {
  public:
   virtual ~EngineSink() = default;
   /// A command executed; `op` is valid only during the call.
@@ -20,11 +21,11 @@ class EngineSink {
 };
 
 /// Installs `sink` (nullptr: commands go nowhere) and returns the previous one.
-EngineSink* engineSinkIs(EngineSink* sink) noexcept;
-EngineSink* engineSink() noexcept;
+ROTOR_API EngineSink* engineSinkIs(EngineSink* sink) noexcept;
+ROTOR_API EngineSink* engineSink() noexcept;
 
 /// Installs a sink for the lifetime of the guard, then puts the previous back.
-class ScopedEngineSink {
+class ROTOR_API ScopedEngineSink {
  public:
   explicit ScopedEngineSink(EngineSink& sink) : previous_(engineSinkIs(&sink)) {}
   ~ScopedEngineSink() { engineSinkIs(previous_); }

@@ -2,13 +2,14 @@
 // it, so benchmarks measure the library rather than an engine stand-in.
 #pragma once
 
+#include "Orb/Api.h"
 #include "Orb/Types.h"
 #include "Rib/EngineSink.h"
 
 namespace Rib {
 
 /// Counts commands and commits and keeps nothing else.
-class NullSink final : public EngineSink {
+class ROTOR_API NullSink final : public EngineSink {
  public:
   void execute(CogOp const& op) override;
   void commit(CommitKind kind) override;

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "Orb/Api.h"
 #include "Rib/CommandText.h"
 #include "Rib/EngineSink.h"
 
@@ -13,7 +14,7 @@ namespace Rib {
 
 /// Records the command stream in order. Commands are copied when executed,
 /// as the engine does, so later changes to their values do not show.
-class RecordingSink final : public EngineSink {
+class ROTOR_API RecordingSink final : public EngineSink {
  public:
   void execute(CogOp const& op) override;
   void commit(CommitKind kind) override;

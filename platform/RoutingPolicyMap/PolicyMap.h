@@ -5,13 +5,14 @@
 
 #include <string>
 
+#include "Orb/Api.h"
 #include "Orb/Entity.h"
 #include "Orb/OrderedMap.h"
 #include "RoutingPolicyMap/PolicyRequester.h"
 
 namespace RoutingPolicyMap {
 
-class PolicyMap : public Orb::Entity {
+class ROTOR_API PolicyMap : public Orb::Entity {
  public:
   enum Attribute : Orb::AttributeId {
     routeMap_ = 1,  // key: the policy name
@@ -57,6 +58,6 @@ class PolicyMap : public Orb::Entity {
 /// Every entry as lines `<type> "<name>" <reason>` (one per reason; an entry
 /// without reasons gets one line without), collections in type order, names
 /// and reasons in their order. Empty for an empty map.
-std::string stateText(PolicyMap const& policyMap);
+ROTOR_API std::string stateText(PolicyMap const& policyMap);
 
 }  // namespace RoutingPolicyMap

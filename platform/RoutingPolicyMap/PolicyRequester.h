@@ -2,6 +2,7 @@
 // reasons. The policy stays listed while at least one reason is left.
 #pragma once
 
+#include "Orb/Api.h"
 #include "Orb/Entity.h"
 #include "Orb/OrderedMap.h"
 #include "RoutingPolicyMap/Types.h"
@@ -10,7 +11,7 @@ namespace RoutingPolicyMap {
 
 class PolicyMap;
 
-class PolicyRequester : public Orb::Entity {
+class ROTOR_API PolicyRequester : public Orb::Entity {
  public:
   enum Attribute : Orb::AttributeId {
     reason_ = 1,  // key: Orb::Key::of(Requester)

@@ -6,6 +6,7 @@
 #include <iosfwd>
 #include <string>
 
+#include "Orb/Api.h"
 #include "Orb/String.h"
 #include "Orb/Types.h"
 
@@ -37,7 +38,7 @@ enum CliMode : Orb::U32 {
 
 /// One reason a policy is needed. Two reasons are the same reason when all
 /// four parts are equal; a requester holds each at most once.
-struct Requester {
+struct ROTOR_API Requester {
   PluginType pluginType = pluginTypeNone;
   CliMode cliMode = cliModeNone;
   Orb::String configCli;
@@ -47,12 +48,12 @@ struct Requester {
   friend std::strong_ordering operator<=>(Requester const&, Requester const&) = default;
 };
 
-std::string valueToStrep(PolicyType v);
+ROTOR_API std::string valueToStrep(PolicyType v);
 /// "routeMap", "dynamicPrefixList", "redistributedDynPfx" or a decimal
 /// number; anything else raises Orb::RangeError naming PolicyType.
-PolicyType policyTypeFromStrep(std::string_view text);
-std::ostream& operator<<(std::ostream& os, PolicyType v);
+ROTOR_API PolicyType policyTypeFromStrep(std::string_view text);
+ROTOR_API std::ostream& operator<<(std::ostream& os, PolicyType v);
 /// "plugin=1 mode=6 cli=\"sub-route-map\" key=\"A seqNo 10\"".
-std::ostream& operator<<(std::ostream& os, Requester const& r);
+ROTOR_API std::ostream& operator<<(std::ostream& os, Requester const& r);
 
 }  // namespace RoutingPolicyMap

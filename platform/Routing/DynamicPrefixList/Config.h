@@ -4,6 +4,7 @@
 // batch of changes is complete.
 #pragma once
 
+#include "Orb/Api.h"
 #include "Orb/Entity.h"
 #include "Orb/OrderedMap.h"
 
@@ -11,7 +12,7 @@ namespace Routing::DynamicPrefixList {
 
 class Config;
 
-class DynamicPrefixListEntry : public Orb::Entity {
+class ROTOR_API DynamicPrefixListEntry : public Orb::Entity {
  public:
   enum Attribute : Orb::AttributeId {
     version_ = 1,
@@ -45,7 +46,7 @@ class DynamicPrefixListEntry : public Orb::Entity {
   Orb::String matchMapValue_;
 };
 
-class Config : public Orb::Entity {
+class ROTOR_API Config : public Orb::Entity {
  public:
   enum Attribute : Orb::AttributeId {
     dynamicPrefixList_ = 1,  // key: the list's name

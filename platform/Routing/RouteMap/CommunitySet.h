@@ -6,6 +6,7 @@
 #include <set>
 
 #include "Acl/Enums.h"
+#include "Orb/Api.h"
 #include "Orb/Ptr.h"
 #include "Orb/String.h"
 
@@ -13,7 +14,7 @@ namespace Routing::RouteMap {
 
 /// Changing a clause's set means making a new CommunitySet; holders compare
 /// sets by identity.
-class CommunitySet : public Orb::Object {
+class ROTOR_API CommunitySet : public Orb::Object {
  public:
   struct Content {
     Acl::CommSetFlag flag = Acl::commSetReplace_;

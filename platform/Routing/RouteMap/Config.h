@@ -2,6 +2,7 @@
 // peer filters by name, and the route-map set-operation mode.
 #pragma once
 
+#include "Orb/Api.h"
 #include "Orb/Entity.h"
 #include "Orb/OrderedMap.h"
 #include "Routing/RouteMap/Map.h"
@@ -9,7 +10,7 @@
 
 namespace Routing::RouteMap {
 
-class Config : public Orb::Entity {
+class ROTOR_API Config : public Orb::Entity {
  public:
   enum Attribute : Orb::AttributeId {
     routeMap_ = 1,  // key: the map's name
@@ -37,7 +38,7 @@ class Config : public Orb::Entity {
 };
 
 /// Peer filters have the shape of route maps but a collection of their own.
-class PeerFilterConfig : public Orb::Entity {
+class ROTOR_API PeerFilterConfig : public Orb::Entity {
  public:
   enum Attribute : Orb::AttributeId {
     peerFilter_ = 1,  // key: the filter's name

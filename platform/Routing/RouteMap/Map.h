@@ -2,13 +2,14 @@
 // number and the version its writer bumps when a batch of changes is complete.
 #pragma once
 
+#include "Orb/Api.h"
 #include "Orb/Entity.h"
 #include "Orb/HashMap.h"
 #include "Routing/RouteMap/MapEntry.h"
 
 namespace Routing::RouteMap {
 
-class Map : public Orb::Entity {
+class ROTOR_API Map : public Orb::Entity {
  public:
   enum Attribute : Orb::AttributeId {
     mapEntry_ = 1,  // key: the sequence number

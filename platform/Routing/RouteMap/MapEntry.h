@@ -5,6 +5,7 @@
 
 #include "Acl/Enums.h"
 #include "Kiwi/IpAddr.h"
+#include "Orb/Api.h"
 #include "Orb/Entity.h"
 #include "Orb/HashMap.h"
 #include "Orb/OrderedMap.h"
@@ -15,7 +16,7 @@ namespace Routing::RouteMap {
 
 class Map;
 
-class MapEntry : public Orb::Entity {
+class ROTOR_API MapEntry : public Orb::Entity {
  public:
   /// Which set fields of the entry are present.
   struct SetFlags {

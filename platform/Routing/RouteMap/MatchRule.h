@@ -5,6 +5,7 @@
 #include <string>
 
 #include "Kiwi/IpAddr.h"
+#include "Orb/Api.h"
 #include "Orb/OrderedMap.h"
 #include "Orb/String.h"
 #include "Routing/RouteMap/Types.h"
@@ -12,7 +13,7 @@
 namespace Routing::RouteMap {
 
 /// Community-list names in name order, each with a flag.
-class CommListSet {
+class ROTOR_API CommListSet {
  public:
   void nameIs(Orb::Name const& name, bool flag = true) { names_.set(name, flag); }
   void nameDel(Orb::Name const& name) { names_.erase(name); }
@@ -28,7 +29,7 @@ class CommListSet {
 };
 
 /// A value: the rules of an entry are replaced whole, never edited in place.
-struct MatchRule {
+struct ROTOR_API MatchRule {
   MatchOption option = MatchOption(0);
   Orb::String strValue;
   Orb::U32 intValue = 0;

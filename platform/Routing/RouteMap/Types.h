@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "Orb/Api.h"
 #include "Orb/Types.h"
 
 namespace Routing::RouteMap {
@@ -54,7 +55,7 @@ enum MedType : Orb::U32 {
 /// The route-map set-operation mode, sent to the engine as its number.
 enum RouteMapOpModeType : Orb::U32 { routeMapOpModeDefault = 0, routeMapOpModeAlternate = 1 };
 
-std::string valueToStrep(RouteMapOpModeType v);
-RouteMapOpModeType routeMapOpModeFromStrep(std::string_view text);
+ROTOR_API std::string valueToStrep(RouteMapOpModeType v);
+ROTOR_API RouteMapOpModeType routeMapOpModeFromStrep(std::string_view text);
 
 }  // namespace Routing::RouteMap
