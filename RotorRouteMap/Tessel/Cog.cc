@@ -46,7 +46,14 @@ Orb::Ptr<Rib::CogOp> ribOpIs(Orb::String const& name, RibPath path) {
 }
 
 RibPath Cog::ribPathIs(U32 id) const {
-  RibPath path = cogVrePath(vrfName_, false);
+  Root const* const root = rmRoot.get();
+  RibPath path;
+  if (root != vrfCheckedFor_) {
+    path = cogVrePath(vrfName_, false);
+    vrfCheckedFor_ = root;
+  } else {
+    path = Rib::CogTagArrayIs();
+  }
   path->doPushPath(id);
   return path;
 }

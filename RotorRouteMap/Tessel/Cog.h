@@ -270,6 +270,10 @@ class ROTOR_API Cog : public Orb::Object {
   L3::VrfName vrfName_;
   /// Carried for the engine command library; no operation reads it.
   U32 reserved_ = 0;
+  /// The root whose VRF this translator's paths were last checked against.
+  /// A translator lives for one change, during which the root stays, so the
+  /// check runs on its first path rather than on every one.
+  mutable void const* vrfCheckedFor_ = nullptr;
 };
 
 /// The only way reactors obtain a translator.

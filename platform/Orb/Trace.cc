@@ -4,22 +4,19 @@
 #include <cstring>
 
 namespace Orb {
-namespace {
-TraceSink* installed = nullptr;
-}
+namespace detail {
+TraceSink* traceInstalled = nullptr;
+}  // namespace detail
+using detail::traceInstalled;
 
 TraceSink* traceSinkIs(TraceSink* sink) noexcept {
-  TraceSink* old = installed;
-  installed = sink;
+  TraceSink* old = traceInstalled;
+  traceInstalled = sink;
   return old;
 }
 
 TraceSink* traceSink() noexcept {
-  return installed;
-}
-
-bool traceEnabled(int level) noexcept {
-  return installed && level <= installed->maxLevel();
+  return traceInstalled;
 }
 
 std::string_view baseName(char const* path) noexcept {
@@ -28,7 +25,7 @@ std::string_view baseName(char const* path) noexcept {
 }
 
 TraceLine::~TraceLine() {
-  if (installed) installed->traceLine(level_, baseName(file_), line_, os_.str());
+  if (traceInstalled) traceInstalled->traceLine(level_, baseName(file_), line_, os_.str());
 }
 
 }  // namespace Orb

@@ -6,9 +6,7 @@
 
 namespace Rib {
 
-namespace {
-constinit Orb::Recycler recycler(sizeof(CogOp), 256);
-}  // namespace
+constinit Orb::Recycler CogOp::recycler(sizeof(CogOp), 256);
 
 void CogOp::doSetU32(Orb::U32 tag, Orb::U32 value, Orb::U32 /*reserved*/) {
   if (!values) values = CogValueTagArrayIs();
@@ -21,18 +19,6 @@ void CogOp::doExecute() {
 
 void CogOp::doCommit() {
   if (EngineSink* sink = engineSink()) sink->commit(CommitKind::synchronous);
-}
-
-void* CogOp::operator new(std::size_t size) {
-  return recycler.take(size);
-}
-
-void CogOp::operator delete(void* block, std::size_t size) noexcept {
-  recycler.give(block, size);
-}
-
-Orb::Ptr<CogOp> CogOpIs(std::string_view name, RibPath path) {
-  return Orb::make<CogOp>(name, std::move(path));
 }
 
 void CogCommit::doCommit() {

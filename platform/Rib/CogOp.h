@@ -36,16 +36,21 @@ class ROTOR_API CogOp : public Orb::Object {
   /// Commits everything executed so far and waits for the engine.
   void doCommit();
 
-  static void* operator new(std::size_t size);
-  static void operator delete(void* block, std::size_t size) noexcept;
+  static void* operator new(std::size_t size) { return recycler.take(size); }
+  static void operator delete(void* block, std::size_t size) noexcept {
+    recycler.give(block, size);
+  }
 
  private:
   Orb::InlineVector<char, 32> name_;
   RibPath path_;
+  static Orb::Recycler recycler;
 };
 
 /// A new command with that name and path, no values, not a deletion.
-ROTOR_API Orb::Ptr<CogOp> CogOpIs(std::string_view name, RibPath path);
+inline Orb::Ptr<CogOp> CogOpIs(std::string_view name, RibPath path) {
+  return Orb::make<CogOp>(name, std::move(path));
+}
 
 struct ROTOR_API CogCommit {
   /// Commits everything executed so far as one transaction.

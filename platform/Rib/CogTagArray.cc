@@ -1,19 +1,9 @@
 // Building the path of an engine command.
 #include "Rib/CogTagArray.h"
 
-#include "Orb/Recycler.h"
-
 namespace Rib {
 
-namespace {
-constinit Orb::Recycler recycler(sizeof(CogTagArray), 256);
-}  // namespace
-
-void CogTagArray::doPushString(Orb::U32 tag, std::string_view s) {
-  auto const begin = static_cast<Orb::U32>(text_.size());
-  text_.append(s.data(), s.size());
-  slots_.push_back({tag, 0, begin, static_cast<Orb::U32>(s.size()), PathElement::Kind::stringKey});
-}
+constinit Orb::Recycler CogTagArray::recycler(sizeof(CogTagArray), 256);
 
 std::vector<PathElement> CogTagArray::elements() const {
   std::vector<PathElement> out;
@@ -23,18 +13,6 @@ std::vector<PathElement> CogTagArray::elements() const {
     out.push_back(PathElement{e.kind, e.tag, e.number, Orb::String(e.text)});
   }
   return out;
-}
-
-void* CogTagArray::operator new(std::size_t size) {
-  return recycler.take(size);
-}
-
-void CogTagArray::operator delete(void* block, std::size_t size) noexcept {
-  recycler.give(block, size);
-}
-
-RibPath CogTagArrayIs() {
-  return Orb::make<CogTagArray>();
 }
 
 }  // namespace Rib

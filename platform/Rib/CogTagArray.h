@@ -8,6 +8,7 @@
 #include "Orb/Api.h"
 #include "Orb/InlineVector.h"
 #include "Orb/Ptr.h"
+#include "Orb/Recycler.h"
 #include "Orb/String.h"
 
 namespace Rib {
@@ -40,7 +41,12 @@ class ROTOR_API CogTagArray : public Orb::Object {
  public:
   CogTagArray() noexcept {}
   void doPushPath(Orb::U32 id) { slots_.push_back({id, 0, 0, 0, PathElement::Kind::pathId}); }
-  void doPushString(Orb::U32 tag, std::string_view s);
+  void doPushString(Orb::U32 tag, std::string_view s) {
+    auto const begin = static_cast<Orb::U32>(text_.size());
+    text_.append(s.data(), s.size());
+    slots_.push_back(
+        {tag, 0, begin, static_cast<Orb::U32>(s.size()), PathElement::Kind::stringKey});
+  }
   void doPushU32(Orb::U32 tag, Orb::U32 v) {
     slots_.push_back({tag, v, 0, 0, PathElement::Kind::u32Key});
   }
@@ -54,8 +60,10 @@ class ROTOR_API CogTagArray : public Orb::Object {
   /// An owning copy of the elements.
   std::vector<PathElement> elements() const;
 
-  static void* operator new(std::size_t size);
-  static void operator delete(void* block, std::size_t size) noexcept;
+  static void* operator new(std::size_t size) { return recycler.take(size); }
+  static void operator delete(void* block, std::size_t size) noexcept {
+    recycler.give(block, size);
+  }
 
  private:
   struct Slot {
@@ -67,11 +75,14 @@ class ROTOR_API CogTagArray : public Orb::Object {
   };
   Orb::InlineVector<Slot, 8> slots_;
   Orb::InlineVector<char, 112> text_;
+  static Orb::Recycler recycler;
 };
 
 using RibPath = Orb::Ptr<CogTagArray>;
 
 /// A new, empty path.
-ROTOR_API RibPath CogTagArrayIs();
+inline RibPath CogTagArrayIs() {
+  return Orb::make<CogTagArray>();
+}
 
 }  // namespace Rib

@@ -4,19 +4,10 @@
 #include <cstring>
 
 #include "Orb/Assert.h"
-#include "Orb/Recycler.h"
 
 namespace Rib {
 
-namespace {
-constinit Orb::Recycler recycler(sizeof(CogValueTagArray), 256);
-}  // namespace
-
-void CogValueTagArray::pushBytes(Orb::U32 tag, ValueKind kind, void const* from, std::size_t size) {
-  auto const begin = static_cast<Orb::U32>(bytes_.size());
-  bytes_.append(static_cast<char const*>(from), size);
-  slots_.push_back({tag, begin, static_cast<Orb::U32>(size), kind});
-}
+constinit Orb::Recycler CogValueTagArray::recycler(sizeof(CogValueTagArray), 256);
 
 void CogValueTagArray::doPushScalar(Orb::U32 tag, Orb::U32 count, Orb::U32 const* array) {
   ORB_ASSERT(count == 0 || array != nullptr);
@@ -104,18 +95,6 @@ void CogValueTagArray::valueIs(Orb::U32 tag, ValueData const& data) {
   slots_[first] = slot;
   for (std::size_t i = slots_.size(); i-- > first + 1;)
     if (slots_[i].tag == tag) slots_.erase(i);
-}
-
-void* CogValueTagArray::operator new(std::size_t size) {
-  return recycler.take(size);
-}
-
-void CogValueTagArray::operator delete(void* block, std::size_t size) noexcept {
-  recycler.give(block, size);
-}
-
-Orb::Ptr<CogValueTagArray> CogValueTagArrayIs() {
-  return Orb::make<CogValueTagArray>();
 }
 
 }  // namespace Rib

@@ -9,6 +9,7 @@
 #include "Orb/Api.h"
 #include "Orb/InlineVector.h"
 #include "Orb/Ptr.h"
+#include "Orb/Recycler.h"
 #include "Orb/String.h"
 
 namespace Rib {
@@ -67,8 +68,10 @@ class ROTOR_API CogValueTagArray : public Orb::Object {
   /// Sets the value under `tag`, replacing one already there.
   void valueIs(Orb::U32 tag, ValueData const& data);
 
-  static void* operator new(std::size_t size);
-  static void operator delete(void* block, std::size_t size) noexcept;
+  static void* operator new(std::size_t size) { return recycler.take(size); }
+  static void operator delete(void* block, std::size_t size) noexcept {
+    recycler.give(block, size);
+  }
 
  private:
   // A number is held in `number`; bytes (a string, an IPv6 address, an array
@@ -79,14 +82,21 @@ class ROTOR_API CogValueTagArray : public Orb::Object {
     Orb::U32 size;
     ValueKind kind;
   };
-  void pushBytes(Orb::U32 tag, ValueKind kind, void const* from, std::size_t size);
+  void pushBytes(Orb::U32 tag, ValueKind kind, void const* from, std::size_t size) {
+    auto const begin = static_cast<Orb::U32>(bytes_.size());
+    bytes_.append(static_cast<char const*>(from), size);
+    slots_.push_back({tag, begin, static_cast<Orb::U32>(size), kind});
+  }
   Slot slotOf(Orb::U32 tag, ValueData const& data);
 
   Orb::InlineVector<Slot, 6> slots_;
   Orb::InlineVector<char, 64> bytes_;
+  static Orb::Recycler recycler;
 };
 
 /// A new, empty value array.
-ROTOR_API Orb::Ptr<CogValueTagArray> CogValueTagArrayIs();
+inline Orb::Ptr<CogValueTagArray> CogValueTagArrayIs() {
+  return Orb::make<CogValueTagArray>();
+}
 
 }  // namespace Rib

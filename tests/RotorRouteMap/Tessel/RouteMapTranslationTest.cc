@@ -237,6 +237,14 @@ TEST_F(RouteMapDeathTest, OutOfRangeValuesAndForeignVrfsAbortAfterTheirErrorLine
          Tessel::cogFactory("red")->ribPathIs(512);
        },
        "Assertion failed: rmRoot->vrfName\\(\\) == vrfName"},
+      // A translator that built paths before the root came still checks.
+      {[] {
+         auto cog = Tessel::cogFactory("red");
+         cog->ribPathIs(512);
+         auto root = Tessel::rootFactory("root");
+         cog->ribPathIs(512);
+       },
+       "Assertion failed: rmRoot->vrfName\\(\\) == vrfName"},
   };
   for (auto const& [call, output] : calls)
     EXPECT_DEATH(TesselTest::withTraceOnStderr(call), output);
