@@ -52,6 +52,39 @@ struct LoopTotals {
 /// loop that sent no command.
 void reportPerCommand(benchmark::State& state, LoopTotals const& loop, Yardstick const& yardstick);
 
+/// Totals of a loop that times only part of each iteration: `enter` and
+/// `leave` bracket each timed part, so commands, CPU time and allocations of
+/// the untimed set-up and tear-down stay out.
+class TimedParts {
+ public:
+  TimedParts(Rib::NullSink const& sink, AllocCounter::Mode mode = AllocCounter::Mode::events)
+      : sink_(sink), counter_(mode) {
+    counter_.pause();
+  }
+  void enter() {
+    commandsBefore_ = sink_.commands();
+    start_ = cpuSeconds();
+    counter_.resume();
+  }
+  void leave() {
+    counter_.pause();
+    totals_.cpuSeconds += cpuSeconds() - start_;
+    totals_.commands += static_cast<double>(sink_.commands() - commandsBefore_);
+  }
+  LoopTotals totals() const {
+    LoopTotals t = totals_;
+    t.allocs = counter_.stats();
+    return t;
+  }
+
+ private:
+  Rib::NullSink const& sink_;
+  AllocCounter counter_;
+  Orb::U64 commandsBefore_ = 0;
+  double start_ = 0;
+  LoopTotals totals_;
+};
+
 /// The usual timed loop: one call of `change` is recorded for the yardstick,
 /// then `state`'s loop calls it with `sink` counting commands and the
 /// allocation counter on, and the per-command counters are set. `change` must
