@@ -107,18 +107,18 @@ FlatEncoder::FlatEncoder(std::vector<RecordedCommand> records) {
   buffer_.resize(total);
 }
 
-std::size_t FlatEncoder::encode() {
+std::size_t FlatEncoder::encode(std::size_t first, std::size_t last) {
   Writer w{buffer_.data()};
-  for (RecordedCommand const& c : commands_)
-    putCommand(w, c);
+  for (std::size_t i = first; i < last; ++i)
+    putCommand(w, commands_[i]);
   benchmark::DoNotOptimize(buffer_.data());
   benchmark::ClobberMemory();
   return static_cast<std::size_t>(w.p - buffer_.data());
 }
 
-std::size_t FlatEncoder::encodeEachAllocated() {
+std::size_t FlatEncoder::encodeEachAllocated(std::size_t first, std::size_t last) {
   std::size_t written = 0;
-  for (std::size_t i = 0; i < commands_.size(); ++i) {
+  for (std::size_t i = first; i < last; ++i) {
     auto* block = static_cast<unsigned char*>(::operator new(sizes_[i]));
     Writer w{block};
     putCommand(w, commands_[i]);

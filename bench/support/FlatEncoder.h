@@ -17,16 +17,17 @@ class FlatEncoder {
   explicit FlatEncoder(std::vector<Rib::RecordedCommand> records);
 
   std::size_t commands() const noexcept { return commands_.size(); }
-  /// Bytes one pass writes.
+  /// Bytes the encoding of all commands takes.
   std::size_t bytes() const noexcept { return buffer_.size(); }
 
-  /// Encodes every command, one after the other, from the buffer's start:
-  /// operation name, each path element's kind, tag and key, each value's tag,
-  /// kind and content, and the delete flag. Returns the bytes written.
-  std::size_t encode();
+  /// Encodes commands [first, last), one after the other, from the buffer's
+  /// start: operation name, each path element's kind, tag and key, each
+  /// value's tag, kind and content, and the delete flag. Returns the bytes
+  /// written.
+  std::size_t encode(std::size_t first, std::size_t last);
   /// The same encoding, each command into a heap block of its own that is
   /// freed at once: one allocation and one free per command.
-  std::size_t encodeEachAllocated();
+  std::size_t encodeEachAllocated(std::size_t first, std::size_t last);
 
  private:
   std::vector<Rib::RecordedCommand> commands_;

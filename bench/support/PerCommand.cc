@@ -26,23 +26,29 @@ namespace {
   std::abort();
 }
 
-/// Nanoseconds per command of `pass`, which handles `commands` commands.
+constexpr std::size_t kSlice = 1024;
+
+/// Nanoseconds per command of `pass(first, last)` over `commands` commands,
+/// slice by slice, each slice timed warm.
 template <class Pass>
 double medianNsPerCommand(std::size_t commands, Pass pass) {
   constexpr int kBatches = 9;
-  constexpr double kBatchSeconds = 4e-3;
-  pass();  // warms caches and the allocator
-  double const start = cpuSeconds();
-  pass();
-  double const once = std::max(cpuSeconds() - start, 1e-7);
-  auto const passes = static_cast<long>(std::max(1.0, kBatchSeconds / once));
   std::vector<double> perCommand;
   for (int b = 0; b < kBatches; ++b) {
-    double const t0 = cpuSeconds();
-    for (long i = 0; i < passes; ++i)
-      pass();
-    double const seconds = cpuSeconds() - t0;
-    perCommand.push_back(seconds * 1e9 / static_cast<double>(passes * commands));
+    double seconds = 0;
+    std::size_t encoded = 0;
+    for (std::size_t first = 0; first < commands; first += kSlice) {
+      std::size_t const last = std::min(commands, first + kSlice);
+      // Enough passes that a slice takes tens of microseconds.
+      std::size_t const passes = std::max<std::size_t>(2, 4 * kSlice / (last - first));
+      pass(first, last);
+      double const t0 = cpuSeconds();
+      for (std::size_t i = 0; i < passes; ++i)
+        pass(first, last);
+      seconds += cpuSeconds() - t0;
+      encoded += passes * (last - first);
+    }
+    perCommand.push_back(seconds * 1e9 / static_cast<double>(encoded));
   }
   std::nth_element(perCommand.begin(), perCommand.begin() + kBatches / 2, perCommand.end());
   return perCommand[kBatches / 2];
@@ -62,17 +68,20 @@ Yardstick yardstickOf(std::vector<Rib::RecordedCommand> records) {
   Yardstick y;
   y.commands = encoder.commands();
   if (y.commands == 0) fail("no commands to encode");
-  if (encoder.encode() != encoder.bytes()) fail("flat encoding wrote the wrong byte count");
+  std::size_t const all = y.commands;
+  if (encoder.encode(0, all) != encoder.bytes()) fail("flat encoding wrote the wrong byte count");
   {
     AllocCounter counter;
-    if (encoder.encodeEachAllocated() != encoder.bytes())
+    if (encoder.encodeEachAllocated(0, all) != encoder.bytes())
       fail("allocated encoding wrote the wrong byte count");
     AllocStats const s = counter.stats();
     if (s.allocs != y.commands || s.frees != y.commands || s.bytes != encoder.bytes())
       fail("allocation counter missed the allocated encoding's blocks");
   }
-  y.flatNs = medianNsPerCommand(y.commands, [&] { encoder.encode(); });
-  y.mallocNs = medianNsPerCommand(y.commands, [&] { encoder.encodeEachAllocated(); });
+  y.flatNs = medianNsPerCommand(
+      all, [&](std::size_t first, std::size_t last) { encoder.encode(first, last); });
+  y.mallocNs = medianNsPerCommand(
+      all, [&](std::size_t first, std::size_t last) { encoder.encodeEachAllocated(first, last); });
   return y;
 }
 

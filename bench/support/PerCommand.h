@@ -26,11 +26,15 @@ struct Yardstick {
   double mallocNs = 0;
 };
 
-/// Times both flat encoders on the commands of `records`: the median of
-/// several batches of a millisecond or more each, so a neighbour's burst on
-/// a shared core moves one batch rather than the figure. Aborts when the
-/// encoders or the allocation counter misbehave (a wrong byte count, other
-/// than one allocation per command), as every ratio would then be wrong.
+/// Times both flat encoders on the commands of `records`, in slices of at
+/// most 1,024 commands each encoded from warm caches after one untimed pass:
+/// the yardstick is the cost of encoding those commands, not the memory
+/// latency of a recording of hundreds of megabytes, and stays stable from a
+/// stream of ten commands to one of a million. The figure is the median of
+/// nine batches over the whole stream, so a neighbour's burst on a shared
+/// core moves one batch rather than the figure. Aborts when the encoders or
+/// the allocation counter misbehave (a wrong byte count, other than one
+/// allocation per command), as every ratio would then be wrong.
 Yardstick yardstickOf(std::vector<Rib::RecordedCommand> records);
 
 /// The process's CPU time in seconds, the clock Google Benchmark reports
