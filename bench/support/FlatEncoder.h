@@ -19,6 +19,8 @@ class FlatEncoder {
   std::size_t commands() const noexcept { return commands_.size(); }
   /// Bytes the encoding of all commands takes.
   std::size_t bytes() const noexcept { return buffer_.size(); }
+  /// Where the last `encode` wrote.
+  unsigned char const* data() const noexcept { return buffer_.data(); }
 
   /// Encodes commands [first, last), one after the other, from the buffer's
   /// start: operation name, each path element's kind, tag and key, each
