@@ -6,6 +6,7 @@
 #include "Orb/Assert.h"
 #include "Orb/EnumText.h"
 #include "Orb/RangeError.h"
+#include "Orb/ShortText.h"
 #include "Orb/Trace.h"
 #include "Orb/TypeRegistry.h"
 #include "Tessel/Cog.h"
@@ -69,10 +70,17 @@ Orb::String Cog::prefixListId(Orb::String const& name, PrefixListFamily family) 
 
 namespace {
 
+// The engine id as prefixListId builds it, without a String per command.
+Orb::ShortText listIdText(Orb::String const& name, Cog::PrefixListFamily family) {
+  if (family == Cog::ipv4) return Orb::ShortText(name);
+  ORB_ASSERT(family == Cog::ipv6);
+  return Orb::ShortText(".ipv6.", name);
+}
+
 RibPath listPath(Cog const& cog, Orb::String const& name, Cog::PrefixListFamily family) {
   RibPath path = cog.ribPathIs(512);
   path->doPushPath(603);
-  path->doPushString(515, Cog::prefixListId(name, family));
+  path->doPushString(515, listIdText(name, family));
   return path;
 }
 

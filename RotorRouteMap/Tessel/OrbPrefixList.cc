@@ -1,6 +1,8 @@
 // Prefix-list entries batched by sequence number and applied at each version.
 #include "Tessel/OrbPrefixList.h"
 
+#include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "Orb/Trace.h"
@@ -37,13 +39,46 @@ void BasicOrbPrefixList<Kind>::allEntriesChanged() {
   }
 }
 
+namespace {
+
+// The entries of the noted numbers, in the set's iteration order. They are
+// looked up in ascending number, so a large batch walks the list once rather
+// than descending the tree from its root for every number in hash order.
+template <class Entries>
+std::vector<typename Entries::mapped_type const*> entriesInSetOrder(
+    Entries const& entries, Orb::HashMap<Orb::U32, bool> const& numbers) {
+  std::vector<std::pair<Orb::U32, Orb::U32>> byNumber;  // number, place in the set
+  byNumber.reserve(numbers.size());
+  for (auto const& [seqno, modified] : numbers)
+    byNumber.emplace_back(seqno, static_cast<Orb::U32>(byNumber.size()));
+  std::sort(byNumber.begin(), byNumber.end());
+  std::vector<typename Entries::mapped_type const*> found(byNumber.size(), nullptr);
+  // Stepping costs one node a number; a search costs the tree's depth.
+  bool const walk = byNumber.size() * 16 >= entries.size();
+  auto it = entries.begin();
+  for (auto const& [seqno, place] : byNumber) {
+    if (walk) {
+      while (it != entries.end() && it->first < seqno)
+        ++it;
+    } else {
+      it = entries.lowerBound(seqno);
+    }
+    if (it != entries.end() && it->first == seqno) found[place] = &it->second;
+  }
+  return found;
+}
+
+}  // namespace
+
 template <class Kind>
 void BasicOrbPrefixList<Kind>::versionChanged() {
   ORB_TRACE(traceHandler, Kind::versionSignature << " name: " << name());
   auto cog = cogFactory(owner_->vrfName());
+  auto const found = entriesInSetOrder(list_->prefixEntry(), modifiedSeqNum_);
+  std::size_t place = 0;
   for (auto const& [seqno, modified] : modifiedSeqNum_) {
     ORB_TRACE(traceDetail, "Commit seqno: " << seqno);
-    if (auto const* entry = list_->prefixEntry(seqno)) {
+    if (auto const* entry = found[place++]) {
       Kind::doAddEntry(*cog, name(), *entry);
     } else {
       cog->doDelIpPrefixListEntry(name(), seqno, Kind::family);

@@ -10,10 +10,16 @@
 //
 // Lookups, inserts and erases are O(1) on average. Erasing by key or inserting
 // invalidates iterators; `erase(iterator)` returns the next position.
+//
+// Nodes come from chunks the map owns (each twice the size of the one before,
+// up to 1,024 nodes), so filling a map costs a handful of allocations rather
+// than one per element. Erased nodes are reused; all chunks go back to the
+// heap when the map becomes empty.
 #pragma once
 
 #include <cstddef>
 #include <iterator>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -94,6 +100,9 @@ class HashMap {
     buckets_.swap(o.buckets_);
     std::swap(shift_, o.shift_);
     std::swap(size_, o.size_);
+    chunks_.swap(o.chunks_);
+    std::swap(free_, o.free_);
+    std::swap(chunkNodes_, o.chunkNodes_);
   }
 
   std::size_t size() const noexcept { return size_; }
@@ -144,7 +153,7 @@ class HashMap {
     if (*link && (*link)->hash == h && !(k < (*link)->kv.first)) {
       return {iterator(this, b, *link), false};
     }
-    Node* n = new Node(k, std::forward<VV>(v), h);
+    Node* n = new (allocNode()) Node(k, std::forward<VV>(v), h);
     n->next = *link;
     *link = n;
     ++size_;
@@ -173,7 +182,7 @@ class HashMap {
     Node* n = *link;
     if (!n || n->hash != h || k < n->kv.first) return false;
     *link = n->next;
-    delete n;
+    freeNode(n);
     --size_;
     if (size_ == 0) {
       release();
@@ -191,7 +200,7 @@ class HashMap {
     iterator next = it;
     ++next;
     *link = it.node_->next;
-    delete it.node_;
+    freeNode(it.node_);
     --size_;
     return next;
   }
@@ -199,7 +208,7 @@ class HashMap {
   void clear() noexcept {
     for (Node* head : buckets_) {
       while (head)
-        delete std::exchange(head, head->next);
+        std::exchange(head, head->next)->~Node();
     }
     release();
   }
@@ -221,9 +230,41 @@ class HashMap {
     return {b, nullptr};
   }
 
+  // Every node is destroyed (or was never built): the chunks go too.
   void release() noexcept {
     std::vector<Node*>().swap(buckets_);
     size_ = 0;
+    for (void* chunk : chunks_)
+      ::operator delete(chunk);
+    std::vector<void*>().swap(chunks_);
+    free_ = nullptr;
+    chunkNodes_ = kFirstChunkNodes;
+  }
+
+  union Slot {
+    Slot* nextFree;
+    alignas(Node) unsigned char node[sizeof(Node)];
+  };
+  static constexpr std::size_t kFirstChunkNodes = 8;
+  static constexpr std::size_t kMaxChunkNodes = 1024;
+
+  void* allocNode() {
+    if (free_ == nullptr) {
+      // Reserve first, so a failed push cannot lose the chunk.
+      chunks_.reserve(chunks_.size() + 1);
+      auto* chunk = static_cast<Slot*>(::operator new(chunkNodes_ * sizeof(Slot)));
+      chunks_.push_back(chunk);
+      for (std::size_t i = chunkNodes_; i-- > 0;)
+        free_ = new (&chunk[i]) Slot{free_};
+      if (chunkNodes_ < kMaxChunkNodes) chunkNodes_ *= 2;
+    }
+    Slot* slot = free_;
+    free_ = slot->nextFree;
+    return slot->node;
+  }
+  void freeNode(Node* n) noexcept {
+    n->~Node();
+    free_ = new (n) Slot{free_};
   }
 
   // Redistributes the nodes over `count` buckets (a power of two). Nodes are
@@ -252,6 +293,9 @@ class HashMap {
   std::vector<Node*> buckets_;
   unsigned shift_ = 64;
   std::size_t size_ = 0;
+  std::vector<void*> chunks_;
+  Slot* free_ = nullptr;
+  std::size_t chunkNodes_ = kFirstChunkNodes;
 };
 
 }  // namespace Orb

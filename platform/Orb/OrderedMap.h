@@ -16,6 +16,8 @@ class OrderedMap {
   using iterator = typename Map::iterator;
   using const_iterator = typename Map::const_iterator;
   using value_type = typename Map::value_type;
+  using key_type = K;
+  using mapped_type = V;
 
   std::size_t size() const noexcept { return m_.size(); }
   bool empty() const noexcept { return m_.empty(); }
