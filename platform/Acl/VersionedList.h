@@ -42,8 +42,12 @@ class VersionedList : public Orb::Entity {
   /// Stores the entry under its sequence number, replacing one of the same
   /// number in place; notifies only a change.
   void entryIs(E const& entry) {
-    if (E const* old = entries_.get(entry.seqno); old && *old == entry) return;
-    entries_.set(entry.seqno, entry);
+    // One search whether the number is new or not.
+    auto [it, added] = entries_.insert(entry.seqno, entry);
+    if (!added) {
+      if (it->second == entry) return;
+      it->second = entry;
+    }
     notify(entry_, Orb::Key(entry.seqno));
   }
   void entryDel(Orb::U32 seqno) {

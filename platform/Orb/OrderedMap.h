@@ -41,7 +41,7 @@ class OrderedMap {
   }
   template <class VV>
   std::pair<iterator, bool> insert(K const& k, VV&& v) {
-    return m_.emplace(k, std::forward<VV>(v));
+    return m_.try_emplace(k, std::forward<VV>(v));
   }
   template <class VV>
   V& set(K const& k, VV&& v) {
