@@ -136,20 +136,26 @@ RibPath listEntryPath(Cog const& cog, std::string_view listKey, U32 seqno,
 
 }  // namespace
 
+// A refresh names a private list and set for every clause it rebuilds, so
+// the names are assembled in one buffer rather than through temporaries.
 Orb::String Cog::getCommunitySetName(Orb::String const& listName, U32 seqno) {
-  return Orb::String("." + listName.str() + std::to_string(seqno));
+  return Orb::String(Orb::ShortText(".", listName).append(seqno).view());
 }
 
 Orb::String Cog::getInternalCommunitySetName(Orb::String const& mapName, U32 seqno,
                                              Acl::CommSetFlag flag) {
-  return Orb::String(".cs" + mapName.str() + std::to_string(seqno) +
-                     (flag == Acl::commSetDelete_ ? "del" : "ar"));
+  return Orb::String(Orb::ShortText(".cs", mapName)
+                         .append(seqno)
+                         .append(flag == Acl::commSetDelete_ ? "del" : "ar")
+                         .view());
 }
 
 Orb::String Cog::getInternalCommunityListName(Orb::String const& mapName, U32 seqno,
                                               Acl::CommSetFlag flag) {
-  return Orb::String(".cl" + mapName.str() + std::to_string(seqno) +
-                     (flag == Acl::commSetDelete_ ? "del" : "ar"));
+  return Orb::String(Orb::ShortText(".cl", mapName)
+                         .append(seqno)
+                         .append(flag == Acl::commSetDelete_ ? "del" : "ar")
+                         .view());
 }
 
 void Cog::doAddCommunityList(Orb::String const& listName) {
