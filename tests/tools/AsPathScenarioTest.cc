@@ -63,6 +63,31 @@ TEST(AsPathRegexTest, EachModeCompilesInItsOwnDialect) {
   }
 }
 
+TEST(AsPathRegexTest, ExpressionsThatWouldExhaustTheCompilersAreInvalidWithoutCompiling) {
+  // regcomp writes "x+" out as "xx*": each stacked '+' doubles the
+  // expression, and this one would take gigabytes (std::regex reads it
+  // without copying).
+  std::string const stacked = "_65000" + std::string(120, '+');
+  auto v = Scenario::regexValidity(stacked);
+  EXPECT_FALSE(v.mode0);
+  EXPECT_TRUE(v.mode1);
+  v = Scenario::regexValidity("((65000{1000}){1000}){1000}");
+  EXPECT_FALSE(v.mode0);
+  EXPECT_FALSE(v.mode1);
+  v = Scenario::regexValidity("(65000{300})+");
+  EXPECT_TRUE(v.mode0);
+  EXPECT_TRUE(v.mode1);
+
+  // Both compilers recurse per group, std::regex per term too: past 1024
+  // bytes neither is asked, so no line can run them out of stack.
+  std::string const nested = std::string(512, '(') + std::string(512, ')');
+  EXPECT_TRUE(Scenario::regexValidity(nested).mode0);
+  v = Scenario::regexValidity("(" + nested + ")");
+  EXPECT_FALSE(v.mode0);
+  EXPECT_FALSE(v.mode1);
+  EXPECT_FALSE(Scenario::regexValidity(std::string(100000, '6')).mode1);
+}
+
 TEST(AsPathScenarioTest, StatementsWriteListsEntriesVersionsAndTheMode) {
   EXPECT_EQ(
       "mode 7\n"
