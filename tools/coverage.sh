@@ -8,9 +8,10 @@
 #   --report     report on the counters the last test run left in build/coverage
 #   --files      also list every file with its uncovered lines and branches
 #
-# Branches that only exception handling creates and branches on lines without
-# source code (compiler-made) are left out: the library throws nothing, so
-# those paths can never run and would only dilute the figure.
+# Left out of the branch figure: the hidden edge from every call that could
+# throw into its clean-up, and compiler-made branches on lines without source
+# code. The handlers throw nothing, so those edges would only measure a
+# failing allocation; a text parser's own throw still counts.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=$root/build/coverage
