@@ -44,10 +44,12 @@ elif ! find "$build" -name '*.gcda' -print -quit 2>/dev/null | grep -q .; then
   exit 2
 fi
 
-# One gcov pass over every object, then one summary per folder from its result.
+# One gcov pass over every object, then one summary per folder from its
+# result. Serial on purpose: gcovr 5.2 hangs rather than fails when a parallel
+# worker meets gcov output it cannot read.
 data=$build/coverage.json
 gcovr --root "$root" --object-directory "$build" --filter 'RotorRouteMap/' --filter 'platform/' \
-  --exclude-throw-branches --exclude-unreachable-branches -j 2 --json "$data"
+  --exclude-throw-branches --exclude-unreachable-branches --json "$data"
 echo "== coverage (throw and unreachable branches excluded)"
 for dir in RotorRouteMap platform; do
   summary=$(gcovr --add-tracefile "$data" --filter "$dir/" --print-summary --txt /dev/null)
