@@ -1,4 +1,5 @@
-// Seeded random change sequences checked against a fresh replay whenever they
+// Seeded random change sequences of every configuration kind, checked against
+// a fresh replay and the invariants of ReplayInvariants.h whenever they
 // settle; a failure is shrunk and printed as a scenario for policy-replay.
 //
 // REPLAY_STEPS sets the number of random steps in total (default 3000) and
@@ -25,9 +26,10 @@
 
 namespace {
 
-/// One random change: a route-map or peer-filter line with its clauses, or
-/// one top-level statement. Shrinking removes whole steps, so a clause never loses its
-/// route-map line.
+/// One random change: a route-map, peer-filter or ACL line with its clauses,
+/// one top-level statement, or the versions that settle a run. Shrinking
+/// removes whole steps before single lines after the first, so a clause never
+/// loses its opening line.
 using Step = std::vector<std::string>;
 using Steps = std::vector<Step>;
 using Plant = std::function<bool(Rib::RecordedCommand const&)>;
@@ -110,8 +112,8 @@ class Generator {
     }
     // An input given back soon, as the machinery is frozen while it is away.
     if (!away_.empty() && below(3) == 0) return {"input " + std::exchange(away_, "") + " on"};
-    // Lists draw from a stream of their own, so the route-map steps of a seed
-    // stay what they were before lists came.
+    // Prefix lists and ACLs draw from a stream of their own, so that their
+    // steps do not shift the others of a seed.
     if (otherKinds_ && std::uniform_int_distribution<int>(0, 3)(listRng_) == 0)
       return withRng(listRng_);
     if (below(4) == 0) return asPathStep();
