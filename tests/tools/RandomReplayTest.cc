@@ -737,7 +737,7 @@ TEST_F(RandomReplayTest, GeneratorWritesEveryStatementAndClauseOfTheLanguage) {
 
 TEST_F(RandomReplayTest, InvariantsNameWhatIsKeptOnPurposeAndReportWhatIsNot) {
   // The second version of A leaves its first clause recorded, and the peer
-  // filter's clause is never cleaned up: both kept on purpose, by name.
+  // filter's first clause is never cleaned up: both kept on purpose, by name.
   auto const scenario = Scenario::parse(
       "route-map A permit 10\n"
       "  set community add list CA\n"
@@ -747,6 +747,9 @@ TEST_F(RandomReplayTest, InvariantsNameWhatIsKeptOnPurposeAndReportWhatIsNot) {
       "version A\n"
       "peer-filter F1 permit 10\n"
       "  set community delete list CA\n"
+      "version peer-filter F1\n"
+      "peer-filter F1 permit 10\n"
+      "  no set community delete\n"
       "version peer-filter F1\n"
       "list route-map A by n1\n",
       "t.scenario");
@@ -773,11 +776,15 @@ TEST_F(RandomReplayTest, InvariantsNameWhatIsKeptOnPurposeAndReportWhatIsNot) {
   auto const set = Routing::RouteMap::CommunitySet::create({Acl::commSetAdd_, true, {"CB"}, {}});
   Tessel::rmRoot->commListUsers()->commListUserIs("CB")->commSetClauseIs(
       {Tessel::MapEntryCommSetClause("A", 20, Acl::commSetAdd_), set});
+  Tessel::rmRoot->commListUsers()->commListUserIs("CB")->commSetClauseIs(
+      {Tessel::MapEntryCommSetClause(".PEER_FILTER.F1", 10, Acl::commSetAdd_), set});
   EXPECT_EQ(
       "routeMap \"Y\" plugin=0 mode=0 cli=\"\" key=\"n2\": nothing that is still there put "
       "this reason there\n"
       "routeMap \"Z\" plugin=1 mode=6 cli=\"sub-route-map\" key=\"A seqNo 10\": nothing that "
       "is still there put this reason there\n"
+      "the index holds CB: .PEER_FILTER.F1 seq 10 flag 3, which no send of the peer filter "
+      "recorded\n"
       "the index holds CB: A seq 20 flag 3, which the library would have removed\n",
       watch.broken(*world));
 }

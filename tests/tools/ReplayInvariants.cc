@@ -2,9 +2,11 @@
 // policy map and the configuration.
 #include "ReplayInvariants.h"
 
+#include <algorithm>
 #include <charconv>
 #include <optional>
 #include <sstream>
+#include <vector>
 
 #include "Tessel/CommListUsers.h"
 #include "Tessel/Root.h"
@@ -86,31 +88,45 @@ bool Watch::reactorsAlive(Scenario::World const& world) {
   return true;
 }
 
+namespace {
+
+/// The standard community clauses of `map`'s sequences that name lists, into
+/// `out` under the map's engine name.
+template <class Uses>
+void addUses(std::map<std::pair<std::string, unsigned>, Uses>& out, std::string const& name,
+             Routing::RouteMap::Map const& map) {
+  for (auto const& [seqno, entry] : map.mapEntry()) {
+    Uses& uses = out[{name, seqno}];
+    auto const flags = entry->setFlags();
+    if (flags.has(Flags::communityAddReplace)) {
+      for (Orb::Name const& list : entry->communityAddReplace()->listNames())
+        uses.emplace(3, list.str());
+    }
+    if (flags.has(Flags::communityDelete)) {
+      for (Orb::Name const& list : entry->communityDelete()->listNames())
+        uses.emplace(1, list.str());
+    }
+  }
+}
+
+}  // namespace
+
 Watch::Snapshot Watch::snapshotOf(Scenario::World const& world) {
   Snapshot out;
   for (auto const& [mapName, map] : world.shadow().routeMapConfig->routeMap()) {
     out.maps.insert(mapName.str());
-    for (auto const& [seqno, entry] : map->mapEntry()) {
-      Uses& uses = out.uses[{mapName.str(), seqno}];
-      auto const flags = entry->setFlags();
-      if (flags.has(Flags::communityAddReplace)) {
-        for (Orb::Name const& list : entry->communityAddReplace()->listNames())
-          uses.emplace(3, list.str());
-      }
-      if (flags.has(Flags::communityDelete)) {
-        for (Orb::Name const& list : entry->communityDelete()->listNames())
-          uses.emplace(1, list.str());
-      }
-    }
+    addUses(out.uses, mapName.str(), *map);
   }
+  for (auto const& [name, filter] : world.shadow().peerFilterConfig->peerFilter())
+    addUses(out.filterUses, std::string(kPeerFilterPrefix) + name.str(), *filter);
   return out;
 }
 
-void Watch::recordMap(std::string const& map, Snapshot const& now) {
-  for (auto it = now.uses.lower_bound({map, 0}); it != now.uses.end() && it->first.first == map;
-       ++it) {
+void Watch::record(std::set<Record>& into, std::map<Sequence, Uses> const& uses,
+                   std::string const& map) {
+  for (auto it = uses.lower_bound({map, 0}); it != uses.end() && it->first.first == map; ++it) {
     for (auto const& [flag, list] : it->second)
-      expected_.emplace(list, map, it->first.second, flag);
+      into.emplace(list, map, it->first.second, flag);
   }
 }
 
@@ -136,8 +152,10 @@ void Watch::after(Scenario::World const& world, Scenario::Statement const& state
   if (!aliveBefore_) {
     // New reactors send every map whole and note every sequence, cleaning
     // nothing up.
+    for (auto const& [seq, uses] : now.filterUses)
+      record(filterRecords_, now.filterUses, seq.first);
     for (std::string const& map : now.maps) {
-      recordMap(map, now);
+      record(expected_, now.uses, map);
       auto& noted = noted_[map];
       for (auto it = now.uses.lower_bound({map, 0}); it != now.uses.end() && it->first.first == map;
            ++it)
@@ -163,8 +181,11 @@ void Watch::after(Scenario::World const& world, Scenario::Statement const& state
     std::string const map = e.name.str();
     for (unsigned seqno : std::exchange(noted_[map], {}))
       forget({map, seqno});
-    recordMap(map, now);
+    record(expected_, now.uses, map);
   }
+  // A peer filter's version sends it whole, with no clean-up before.
+  if (e.kind == Scenario::Effect::Kind::sent && e.object == Scenario::ObjectKind::peerFilter)
+    record(filterRecords_, now.filterUses, std::string(kPeerFilterPrefix) + e.name.str());
 }
 
 void Watch::policyOwners(Scenario::World const& world, std::string& out) const {
@@ -197,6 +218,7 @@ void Watch::commListUsers(Scenario::World const& world, std::string& out) {
   }
   Snapshot const now = snapshotOf(world);
   std::set<Record> held;
+  std::set<Record> heldFilters;
   for (auto const& [listName, coll] : root->commListUsers()->commListUser()) {
     std::string const list = listName.str();
     if (coll->commSetClause().empty()) out += "the index keeps " + list + " without a clause\n";
@@ -208,13 +230,20 @@ void Watch::commListUsers(Scenario::World const& world, std::string& out) {
       if (!record.commSet() || !record.commSet()->listNames().contains(listName)) {
         out += "the index holds " + what + " under a set that does not name the list\n";
       }
+      Record const r{list, map, key.mapSeqno(), flag};
       // Peer filters are sent through the route-map insertion, which records
-      // their clauses, but have no clean-up at all.
+      // their clauses, but have no clean-up at all: every clause a send
+      // recorded stays.
       if (map.starts_with(kPeerFilterPrefix)) {
-        ++excused_[kPeerFilterClausesKept];
+        heldFilters.insert(r);
+        if (!filterRecords_.contains(r)) {
+          out += "the index holds " + what + ", which no send of the peer filter recorded\n";
+        } else if (auto const it = now.filterUses.find({map, key.mapSeqno()});
+                   it == now.filterUses.end() || !it->second.contains({flag, list})) {
+          ++excused_[kPeerFilterClausesKept];
+        }
         continue;
       }
-      Record const r{list, map, key.mapSeqno(), flag};
       held.insert(r);
       if (!expected_.contains(r)) {
         out += "the index holds " + what + ", which the library would have removed\n";
@@ -232,12 +261,20 @@ void Watch::commListUsers(Scenario::World const& world, std::string& out) {
     out += "the index misses " + list + ": " + map + " seq " + std::to_string(seqno) + " flag " +
            std::to_string(flag) + "\n";
   }
+  for (auto const& r : filterRecords_) {
+    if (heldFilters.contains(r)) continue;
+    out += "the index misses " + std::get<0>(r) + ": " + std::get<1>(r) + " seq " +
+           std::to_string(std::get<2>(r)) + " flag " + std::to_string(std::get<3>(r)) + "\n";
+  }
   // Whatever was kept, every clause as settled is recorded.
-  for (auto const& [seq, uses] : now.uses) {
-    for (auto const& [flag, list] : uses) {
-      if (held.contains({list, seq.first, seq.second, flag})) continue;
-      out += "the index misses the settled clause " + list + ": " + seq.first + " seq " +
-             std::to_string(seq.second) + " flag " + std::to_string(flag) + "\n";
+  for (auto const* all : {&now.uses, &now.filterUses}) {
+    for (auto const& [seq, uses] : *all) {
+      for (auto const& [flag, list] : uses) {
+        Record const r{list, seq.first, seq.second, flag};
+        if (held.contains(r) || heldFilters.contains(r)) continue;
+        out += "the index misses the settled clause " + list + ": " + seq.first + " seq " +
+               std::to_string(seq.second) + " flag " + std::to_string(flag) + "\n";
+      }
     }
   }
 }
@@ -246,7 +283,15 @@ std::string Watch::broken(Scenario::World const& world) {
   std::string out;
   policyOwners(world, out);
   commListUsers(world, out);
-  return out;
+  // In text order, not the index's hash order.
+  std::vector<std::string> lines;
+  for (std::size_t at = 0, end; (end = out.find('\n', at)) != std::string::npos; at = end + 1)
+    lines.push_back(out.substr(at, end + 1 - at));
+  std::sort(lines.begin(), lines.end());
+  std::string sorted;
+  for (std::string const& line : lines)
+    sorted += line;
+  return sorted;
 }
 
 }  // namespace ReplayInvariants

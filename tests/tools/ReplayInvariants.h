@@ -31,8 +31,8 @@ class Watch {
   /// Call after each statement has run.
   void after(Scenario::World const& world, Scenario::Statement const& statement);
 
-  /// The invariants broken now, one line each; empty when all hold. Only
-  /// meaningful while the world is settled.
+  /// The invariants broken now, one line each in text order; empty when all
+  /// hold. Only meaningful while the world is settled.
   std::string broken(Scenario::World const& world);
 
   /// How often each named exception excused an entry, over this watch's life.
@@ -46,13 +46,18 @@ class Watch {
   struct Snapshot {
     std::map<Sequence, Uses> uses;  // every sequence, with or without uses
     std::set<std::string> maps;
+    /// Peer filters' sequences, under their engine names.
+    std::map<Sequence, Uses> filterUses;
   };
   /// One clause in the index: list, route map, sequence, tracked flag.
   using Record = std::tuple<std::string, std::string, unsigned, unsigned>;
 
   static Snapshot snapshotOf(Scenario::World const& world);
   static bool reactorsAlive(Scenario::World const& world);
-  void recordMap(std::string const& map, Snapshot const& now);
+  /// Records the clauses of route map (or peer filter) `map` as `uses` has
+  /// them, as sending it whole does.
+  static void record(std::set<Record>& into, std::map<Sequence, Uses> const& uses,
+                     std::string const& map);
   void forget(Sequence const& seq);
 
   void policyOwners(Scenario::World const& world, std::string& out) const;
@@ -61,6 +66,8 @@ class Watch {
   Snapshot before_;
   bool aliveBefore_ = false;
   std::set<Record> expected_;
+  /// Every peer-filter clause ever recorded: none is forgotten.
+  std::set<Record> filterRecords_;
   /// Per route map, the sequences its reactor noted since its last version:
   /// the ones a version cleans up.
   std::map<std::string, std::set<unsigned>> noted_;
