@@ -1,40 +1,16 @@
-// Cost of prefix-list versions (W2): one 100,000-entry IPv4 list sent at its
-// reactor's construction, then versions that change 0.1 %, 1 % and 10 % of
-// it. The cost of a version must follow the changed entries, not the list's
-// size nor the number of other lists. The yardstick is the bare encoder:
-// the same entry commands built and executed with no reactor around them.
+// Cost of prefix-list versions (W2): one 100,000-entry IPv4 list sent whole
+// at its reactor's construction, then versions that change 0.1 %, 1 %, 10 %
+// and all of it. The cost of a version must follow the changed entries, not
+// the list's size nor the number of other lists. Every case that sends
+// commands reports its cost per command against the flat encoders.
 #include <benchmark/benchmark.h>
-#include <malloc.h>
 
-#include <atomic>
-#include <cstdlib>
 #include <memory>
-#include <new>
 
+#include "PerCommand.h"
 #include "Rib/NullSink.h"
 #include "Tessel/Cog.h"
 #include "Tessel/Root.h"
-
-// ---- live heap bytes, to measure what the library keeps per entry
-
-namespace {
-std::atomic<long long> liveBytes{0};
-}  // namespace
-
-void* operator new(std::size_t size) {
-  void* p = std::malloc(size ? size : 1);
-  if (!p) throw std::bad_alloc();
-  liveBytes.fetch_add(static_cast<long long>(malloc_usable_size(p)), std::memory_order_relaxed);
-  return p;
-}
-void operator delete(void* p) noexcept {
-  if (!p) return;
-  liveBytes.fetch_sub(static_cast<long long>(malloc_usable_size(p)), std::memory_order_relaxed);
-  std::free(p);
-}
-void operator delete(void* p, std::size_t) noexcept {
-  operator delete(p);
-}
 
 namespace {
 
@@ -81,20 +57,32 @@ struct World {
   Orb::Ptr<Acl::PrefixList> small;
 };
 
-/// Construction of the list reactor and its first version, per entry.
+/// Construction of the list reactor and its first version, which sends the
+/// whole list: per entry, and per command against the flat encoders.
 void BM_W2_Construction(benchmark::State& state) {
   Rib::NullSink sink;
   Rib::ScopedEngineSink installed(sink);
+  Bench::Yardstick const yardstick = [] {
+    World world(kEntries, 0);
+    return Bench::yardstickOf(Bench::recordingOf([&] {
+      world.start();
+      world.big->versionInc();
+    }));
+  }();
+  Bench::TimedParts timed(sink);
   for (auto _ : state) {
     state.PauseTiming();
     auto world = std::make_unique<World>(kEntries, 0);
     state.ResumeTiming();
+    timed.enter();
     world->start();
     world->big->versionInc();
+    timed.leave();
     state.PauseTiming();
     world.reset();
     state.ResumeTiming();
   }
+  Bench::reportPerCommand(state, timed.totals(), yardstick);
   state.counters["time/entry"] =
       benchmark::Counter(static_cast<double>(kEntries) * static_cast<double>(state.iterations()),
                          benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
@@ -113,8 +101,7 @@ void BM_W2_Version(benchmark::State& state) {
   Orb::U32 const stride = kEntries / changed;
   Orb::U32 round = 0;
   Orb::U32 offset = 0;
-  sink.clear();
-  for (auto _ : state) {
+  Bench::runPerCommand(state, sink, [&] {
     // Each version changes other entries, so a small batch does not find its
     // entries still in the cache from the one before; an entry comes round
     // again after `stride` versions, never to the value it holds.
@@ -123,7 +110,7 @@ void BM_W2_Version(benchmark::State& state) {
     for (Orb::U32 i = 1 + offset; i <= kEntries; i += stride)
       world.big->prefixEntryIs(entryOf(i, le));
     world.big->versionInc();
-  }
+  });
   state.counters["changed"] = changed;
   state.counters["time/changed"] =
       benchmark::Counter(static_cast<double>(changed) * static_cast<double>(state.iterations()),
@@ -136,6 +123,7 @@ BENCHMARK(BM_W2_Version)
     ->Args({1, 0})
     ->Args({10, 0})
     ->Args({100, 0})
+    ->Args({1000, 0})
     ->Args({1, 1000})
     ->Args({100, 1000});
 
@@ -152,20 +140,31 @@ void BM_W2_VersionApply(benchmark::State& state) {
   Orb::U32 const stride = kEntries / changed;
   Orb::U32 round = 0;
   Orb::U32 offset = 0;
-  for (auto _ : state) {
-    state.PauseTiming();
+  auto const changeEntries = [&] {
     offset = (offset + 7) % stride;
     Orb::U32 const le = 1 + ++round % 31;
     for (Orb::U32 i = 1 + offset; i <= kEntries; i += stride)
       world.big->prefixEntryIs(entryOf(i, le));
-    state.ResumeTiming();
+  };
+  Bench::Yardstick const yardstick = Bench::yardstickOf(Bench::recordingOf([&] {
+    changeEntries();
     world.big->versionInc();
+  }));
+  Bench::TimedParts timed(sink);
+  for (auto _ : state) {
+    state.PauseTiming();
+    changeEntries();
+    state.ResumeTiming();
+    timed.enter();
+    world.big->versionInc();
+    timed.leave();
   }
+  Bench::reportPerCommand(state, timed.totals(), yardstick);
   state.counters["time/changed"] =
       benchmark::Counter(static_cast<double>(changed) * static_cast<double>(state.iterations()),
                          benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
-BENCHMARK(BM_W2_VersionApply)->Arg(1)->Arg(10)->Arg(100);
+BENCHMARK(BM_W2_VersionApply)->Arg(1)->Arg(10)->Arg(100)->Arg(1000);
 
 /// One version of a ten-entry list with one entry changed, beside the big
 /// list and `others` more lists.
@@ -175,42 +174,45 @@ void BM_W2_SmallListVersion(benchmark::State& state) {
   World world(kEntries, static_cast<Orb::U32>(state.range(0)));
   world.start();
   Orb::U32 le = 24;
-  for (auto _ : state) {
+  Bench::runPerCommand(state, sink, [&] {
     le = le == 24 ? 28 : 24;
     world.small->prefixEntryIs(entryOf(5, le));
     world.small->versionInc();
-  }
+  });
 }
 BENCHMARK(BM_W2_SmallListVersion)->Arg(0)->Arg(1000);
 
-/// The yardstick: one entry command built and executed, nothing else.
+/// The command layer alone: one entry command built and executed with no
+/// reactor around it, what the reactors' share is measured against.
 void BM_EntryEncoder(benchmark::State& state) {
   Rib::NullSink sink;
   Rib::ScopedEngineSink installed(sink);
   auto cog = Tessel::cogFactory("default");
   Orb::U32 i = 0;
-  for (auto _ : state) {
+  Bench::runPerCommand(state, sink, [&] {
     auto e = entryOf(++i % kEntries, 24);
     cog->doAddIpPrefixListEntry("BIG", e.seqno, e.action, e.prefix, e.ge, e.le);
-  }
+  });
 }
 BENCHMARK(BM_EntryEncoder);
 
 /// Heap bytes the library keeps per configured entry once a version is
-/// applied: the list reactor's state beyond the model, divided by entries.
+/// applied (the heap's net growth over the construction and first version:
+/// the list reactor's state beyond the model), and the most it held on the
+/// way, divided by entries.
 void BM_W2_RetainedBytes(benchmark::State& state) {
   Rib::NullSink sink;
   Rib::ScopedEngineSink installed(sink);
-  double perEntry = 0;
+  Bench::AllocStats heap;
   for (auto _ : state) {
     World world(kEntries, 0);
-    long long const before = liveBytes.load();
+    Bench::AllocCounter counter(Bench::AllocCounter::Mode::live);
     world.start();
     world.big->versionInc();
-    long long const after = liveBytes.load();
-    perEntry = static_cast<double>(after - before) / kEntries;
+    heap = counter.stats();
   }
-  state.counters["bytes/entry"] = perEntry;
+  state.counters["bytes/entry"] = static_cast<double>(heap.live) / kEntries;
+  state.counters["peak bytes/entry"] = static_cast<double>(heap.peak) / kEntries;
 }
 BENCHMARK(BM_W2_RetainedBytes)->Unit(benchmark::kMillisecond)->Iterations(1);
 
