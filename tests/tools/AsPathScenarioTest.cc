@@ -37,15 +37,55 @@ TEST(AsPathRegexTest, EachModeCompilesInItsOwnDialect) {
     bool mode1;  // ECMAScript
   };
   Case const cases[] = {
-      {"_65000_", true, true},      {"^(64512|65000)$", true, true}, {"(?:65001)", false, true},
-      {"^65000(?=_)", false, true}, {"65000{,3}", true, false},      {"65000)", true, false},
-      {"(65000", false, false},     {"[65000", false, false},
+      {"_65000_", true, true},
+      {"^(64512|65000)$", true, true},
+      {"(?:65001)", false, true},
+      {"^65000(?=_)", false, true},
+      {"65000{,3}", true, false},
+      {"65000)", true, false},
+      {"(65000", false, false},
+      {"[65000", false, false},
+      // Counts and references no state limit allows; std::regex would read
+      // the first ones with an overflow that wraps them into small counts.
+      {"6500X{2222222222222222222,2}", false, false},
+      {"65000{2147483648}", false, false},
+      {"65000{1,99999999999}", false, false},
+      {"(65000)\\99999999999", false, false},
+      {"65000{3}", true, true},
+      {"(65000)\\1", true, true},
+      {"[{99999999999}]", true, true},
+      {"\\{99999999999}", true, true},
   };
   for (Case const& c : cases) {
     auto const v = Scenario::regexValidity(c.expression);
     EXPECT_EQ(c.mode0, v.mode0) << c.expression;
     EXPECT_EQ(c.mode1, v.mode1) << c.expression;
   }
+}
+
+TEST(AsPathRegexTest, ExpressionsThatWouldExhaustTheCompilersAreInvalidWithoutCompiling) {
+  // regcomp writes "x+" out as "xx*": each stacked '+' doubles the
+  // expression, and this one would take gigabytes (std::regex reads it
+  // without copying).
+  std::string const stacked = "_65000" + std::string(120, '+');
+  auto v = Scenario::regexValidity(stacked);
+  EXPECT_FALSE(v.mode0);
+  EXPECT_TRUE(v.mode1);
+  v = Scenario::regexValidity("((65000{1000}){1000}){1000}");
+  EXPECT_FALSE(v.mode0);
+  EXPECT_FALSE(v.mode1);
+  v = Scenario::regexValidity("(65000{300})+");
+  EXPECT_TRUE(v.mode0);
+  EXPECT_TRUE(v.mode1);
+
+  // Both compilers recurse per group, std::regex per term too: past 1024
+  // bytes neither is asked, so no line can run them out of stack.
+  std::string const nested = std::string(512, '(') + std::string(512, ')');
+  EXPECT_TRUE(Scenario::regexValidity(nested).mode0);
+  v = Scenario::regexValidity("(" + nested + ")");
+  EXPECT_FALSE(v.mode0);
+  EXPECT_FALSE(v.mode1);
+  EXPECT_FALSE(Scenario::regexValidity(std::string(100000, '6')).mode1);
 }
 
 TEST(AsPathScenarioTest, StatementsWriteListsEntriesVersionsAndTheMode) {

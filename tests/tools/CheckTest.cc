@@ -171,6 +171,10 @@ TEST_F(CheckTest, CommunityDivergencesAreKnownByName) {
   Case const cases[] = {
       {"community-set-name-shared",
        "community-list a1 2 permit standard 1:2\ncommunity-list a 12 permit standard 1:12\n"},
+      // The list that wrote the shared set last goes and deletes it.
+      {"community-set-name-shared",
+       "community-list a 12 permit standard 1:12\ncommunity-list a1 2 permit standard 1:2\n"
+       "no community-list a1\n"},
       {"community-clause-objects-left",
        "route-map M permit 10\n  set large-community 1:2:3\nversion M\nno route-map M\n"},
       {"community-list-user-stale",

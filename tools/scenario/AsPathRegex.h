@@ -15,6 +15,10 @@ struct RegexValidity {
   bool mode1 = false;
 };
 
+/// Expressions the compilers cannot be trusted with are invalid in both modes
+/// without compiling: longer than 1024 bytes (they run out of stack), or
+/// larger, once every repetition is written out, than std::regex's NFA state
+/// limit (counts past it, or "x++++..." that regcomp grows exponentially).
 RegexValidity regexValidity(std::string const& expression);
 
 }  // namespace Scenario

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "ScenarioRecords.h"
 #include "Tessel/CommListUsers.h"
 
 namespace Scenario {
@@ -94,8 +95,9 @@ bool sharedSetNameCovers(std::vector<Rib::PathElement> const& path, bool, World 
   bool isList = false;
   std::string_view const name = communityObjectOf(path, isList);
   if (isList || name.size() < 3 || name[0] != '.') return false;
-  // Every way of reading the name as list name and sequence number.
-  auto const& lists = world.shadow().aclListConfig->communityList();
+  // Every way of reading the name as list name and sequence number, over
+  // the lists ever made: the list that went may have deleted the set.
+  auto const& lists = listRecords(world.shadow()).communityListsMade;
   int readings = 0;
   for (std::size_t digits = name.size() - 1; digits > 1; --digits) {
     char const c = name[digits];

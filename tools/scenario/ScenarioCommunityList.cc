@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "ScenarioParse.h"
+#include "ScenarioRecords.h"
 
 namespace Scenario {
 
@@ -70,7 +71,10 @@ void parseCommunityList(Words& w, Context&, Statement& s) {
   Orb::Name name(w.take("community-list name"));
   s.effect = listEffect(Effect::Kind::sent, name);
   if (w.atEnd()) {
-    s.edit = [=](Inputs& in) { in.aclListConfig->communityListIs(name); };
+    s.edit = [=](Inputs& in) {
+      in.aclListConfig->communityListIs(name);
+      listRecords(in).communityListsMade.insert(name);
+    };
     return;
   }
   U32 const seqno = u32(w, "sequence number");
@@ -82,6 +86,7 @@ void parseCommunityList(Words& w, Context&, Statement& s) {
   s.edit = [=](Inputs& in) {
     if (auto list = in.aclListConfig->communityList(name))
       checkVersion(list->communityListEntry(seqno).get(), version);
+    listRecords(in).communityListsMade.insert(name);
     auto entry = in.aclListConfig->communityListIs(name)->communityListEntryIs(seqno);
     entry->permitIs(f.permit);
     entry->listTypeIs(f.listType);

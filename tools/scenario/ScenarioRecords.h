@@ -24,6 +24,9 @@ struct ListRecords {
   /// while it was away: the new list reactors add the entries that are
   /// there and never delete these.
   std::set<std::pair<std::string, Orb::U32>> strandedEntryRemovals;
+  /// Community lists ever made: a set name two of them share stays shared
+  /// in the engine after one of them went, which deleted the other's set.
+  std::set<Orb::Name> communityListsMade;
   /// Whether the per-VRF machinery exists (all inputs are there).
   bool machineryUp = true;
 };

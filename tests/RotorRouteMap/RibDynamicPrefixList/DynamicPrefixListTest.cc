@@ -126,6 +126,37 @@ TEST_F(DynamicPrefixListTest, RemovingAConfiguredListDeletesItListedOrNot) {
   EXPECT_EQ(listedLine, state()) << "the match map's reason goes with the list";
 }
 
+// Dropping an input: without the configuration every list leaves the engine
+// with its reason; without the policy map nothing counts as listed and the
+// map is no longer written, not even to withdraw.
+TEST_F(DynamicPrefixListTest, DroppedInputsAreNoLongerFollowed) {
+  list();
+  auto d = configure("M1");
+  sent();
+  RibDynamicPrefixList::DynPfxConfigSm* sm = root->vrfStatusSm()->dynPfxConfigSm();
+  sm->configDel();
+  EXPECT_EQ(del, sent());
+  EXPECT_EQ(listedLine, state());
+  d->versionInc();
+  dynPfxListConfig->dynamicPrefixListIs("E");
+  EXPECT_EQ("", sent());
+
+  dynPfxListConfig = Routing::DynamicPrefixList::Config::create("dynpfx2");
+  root->dynPfxListConfigIs(dynPfxListConfig);
+  d = configure("M1");
+  sm = root->vrfStatusSm()->dynPfxConfigSm();
+  sent();
+  sm->policyMapDel();
+  EXPECT_EQ(nullptr, sm->policyMap());
+  d->versionInc();
+  unlist();
+  list();
+  EXPECT_EQ("", sent()) << "unlisted and listed again: nobody looks";
+  dynPfxListConfig->dynamicPrefixListDel("D");
+  EXPECT_EQ(del, sent());
+  EXPECT_EQ(matchMapRef("M1") + listedLine, state());
+}
+
 TEST_F(DynamicPrefixListTest, ListedOnlyIsNothing) {
   list();
   EXPECT_EQ("", sent());

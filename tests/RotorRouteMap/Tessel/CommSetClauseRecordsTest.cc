@@ -112,12 +112,14 @@ TEST_F(RecordsTest, TextFormsReadBack) {
       "'mapSeqno': 4294967295, 'flag': commSetDelete})",
       text);
   EXPECT_EQ(key, MapEntryCommSetClause(text));
+  EXPECT_EQ(text, testing::PrintToString(key)) << "failure messages print the text form";
   EXPECT_THROW(MapEntryCommSetClause(text + " "), Orb::RangeError);
   EXPECT_TRUE(!MapEntryCommSetClause(Tessel::valueToStrep(MapEntryCommSetClause())));
 
   for (auto const& commSet : {set({"A"}), Orb::Ptr<CommunitySet const>()}) {
     CommSetClauseInMapEntry record(key, commSet);
     EXPECT_EQ(record, CommSetClauseInMapEntry(Tessel::valueToStrep(record)));
+    EXPECT_EQ(Tessel::valueToStrep(record), testing::PrintToString(record));
   }
 }
 

@@ -120,6 +120,21 @@ TEST_F(ClauseTest, ForgettingASequenceDropsListsNoLongerUsed) {
                                     "in a test. Return early"));
 }
 
+// Commands still go out without a root or its user index; only the
+// bookkeeping of list users is skipped.
+TEST_F(ClauseTest, WithoutAUserIndexClausesAreRecordedNowhere) {
+  root->commListUsersDel();
+  cog->addRmClauseToCommListUsers("M", 20, listsSet(Acl::commSetAdd_, {"A"}));
+  Tessel::rmRoot = nullptr;
+  cog->addRmClauseToCommListUsers("M", 30, listsSet(Acl::commSetAdd_, {"A"}));
+  cog->refreshCommListUsersOf("A");
+  cog->delRmFromCommListUsers("M", 20);
+  cog->doApplyCommListToRouteMap("M", 20, ".clM20ar", Acl::commSetAdd_);
+  EXPECT_EQ("setCommunity " + seqSet("M", 20) + " 12:str=\".clM20ar\" 11:flag=false\n", sent());
+  root->commListUsersIs("comm-list-users");
+  EXPECT_EQ(0u, users().commListUser().size());
+}
+
 // The refresh order is the records' hash order, so the hash is pinned: the
 // name's hash as a name key hashes, then the sequence, then the flag.
 TEST_F(ClauseTest, RecordHashMixesTheNameKeyHashThenSequenceThenFlag) {

@@ -103,6 +103,7 @@ TEST(PrefixListFamilyText, NamesAndNumbersBothWays) {
   EXPECT_EQ("ipv4", Tessel::valueToStrep(Cog::ipv4));
   EXPECT_EQ("ipv6", Tessel::valueToStrep(Cog::ipv6));
   EXPECT_EQ("7", Tessel::valueToStrep(Cog::PrefixListFamily(7)));
+  EXPECT_EQ("ipv6", testing::PrintToString(Cog::ipv6)) << "failure messages print the name";
   EXPECT_EQ(Cog::ipv6, Tessel::prefixListFamilyFromStrep("ipv6"));
   EXPECT_EQ(Cog::ipv6, Tessel::prefixListFamilyFromStrep("1"));
   EXPECT_THROW(Tessel::prefixListFamilyFromStrep("ipv5"), Orb::RangeError);

@@ -98,6 +98,9 @@ TEST_F(PolicyReferenceTest, ChangedDynamicPrefixListAddsTheNewBeforeRemovingTheO
   s->matchRuleIs(dpl("D2"));
   EXPECT_EQ("2 D2\n2 D1\n", changes()) << "D2 listed first, D1 gone with its last reason";
   EXPECT_EQ("routeMap \"A\"" + agentLine + v4Ref("D2", "A"), state());
+  s->matchRuleDel(Routing::RouteMap::matchDynamicPrefixList);
+  EXPECT_EQ("2 D2\n", changes()) << "a removed match withdraws its reference";
+  EXPECT_EQ("routeMap \"A\"" + agentLine, state());
 }
 
 TEST_F(PolicyReferenceTest, SettingTheSameNameAgainChangesNothing) {

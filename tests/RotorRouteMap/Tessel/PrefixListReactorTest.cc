@@ -89,7 +89,8 @@ TEST_F(PrefixListReactorTest, RemovedListTakesItsReactor) {
 
 TEST_F(PrefixListReactorTest, ExistingListsAreReplayedWhenAnInputComesBack) {
   auto list = sentList();
-  list->prefixEntryIs(entry(40, "10.4.0.0/16"));  // not yet versioned
+  // Not yet versioned, and the highest number: the replay's walk ends there.
+  list->prefixEntryIs(entry(4294967295u, "10.4.0.0/16"));
   aclListConfig->ipv6PrefixListIs("A");
   sent();
   root->aclConfigIs(nullptr);
@@ -100,7 +101,8 @@ TEST_F(PrefixListReactorTest, ExistingListsAreReplayedWhenAnInputComesBack) {
       batchesSorted(addEntry("P", 10, "8:flag=true 0:ip=10.0.0.0 2:u32=8 6:u32=8 7:u32=8") +
                     addEntry("P", 20, "8:flag=true 0:ip=10.1.0.0 2:u32=16 6:u32=16 7:u32=16") +
                     addEntry("P", 30, "8:flag=true 0:ip=10.2.0.0 2:u32=16 6:u32=16 7:u32=16") +
-                    addEntry("P", 40, "8:flag=true 0:ip=10.4.0.0 2:u32=16 6:u32=16 7:u32=16") +
+                    addEntry("P", 4294967295u,
+                             "8:flag=true 0:ip=10.4.0.0 2:u32=16 6:u32=16 7:u32=16") +
                     "commit\n") +
       "commit\n" + "commit\n";  // the AS-path lists, sent at initialization
   std::string const stream = sent();

@@ -5,8 +5,14 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <vector>
 
 #include "Harness.h"
+#include "RibDynamicPrefixList/DynPfxConfigSm.h"
+#include "Tessel/AclConfigSm.h"
+#include "Tessel/AclListConfigSm.h"
+#include "Tessel/OrbCommunityList.h"
+#include "Tessel/PeerFilterConfigSm.h"
 #include "Tessel/RouteMapConfigSm.h"
 
 namespace {
@@ -77,7 +83,56 @@ class ReactorRetirementTest : public TesselTest::RootTest {
     EXPECT_EQ(resends(), answering);
   }
 
+  /// Beside "R": one element of every other kind, each with the reactor
+  /// that watches it.
+  void configureEveryKind() {
+    filter = peerFilterConfig->peerFilterIs("F");
+    prefixList = aclListConfig->prefixListIs("P4");
+    ipv6PrefixList = aclListConfig->ipv6PrefixListIs("P6");
+    asPathList = aclListConfig->asPathListIs("A");
+    communityList = aclListConfig->communityListIs("C");
+    communityList->communityListEntryIs(10);
+    ipAcls = aclConfig->aclTypeConfigIs(Acl::aclTypeIp);
+    ipAcl = ipAcls->aclIs("S");
+    dynamicPrefixList = dynPfxListConfig->dynamicPrefixListIs("D");
+    sent();
+    trace.text.clear();
+  }
+  /// Every reactor of the VRF, parents before their elements.
+  std::vector<Orb::Reactor const*> reactors() const {
+    Tessel::VrfStatusSm const* vrf = root->vrfStatusSm().get();
+    auto const* maps = vrf->routeMapConfigSm();
+    auto const* lists = vrf->aclListConfigSm();
+    auto const* acls = vrf->aclConfigSm();
+    auto const* dyn = vrf->dynPfxConfigSm();
+    return {vrf,
+            maps,
+            maps->orbRouteMap("R"),
+            maps->orbRouteMap("R")->seqMapEntry(10),
+            vrf->peerFilterConfigSm(),
+            vrf->peerFilterConfigSm()->orbPeerFilter("F"),
+            lists,
+            lists->orbPrefixList("P4"),
+            lists->orbIpv6PrefixList("P6"),
+            lists->orbPathList("A"),
+            lists->orbCommunityList("C"),
+            lists->orbCommunityList("C")->communityListEntry(10),
+            acls,
+            acls->ipConfigSm(),
+            acls->ipConfigSm()->acl("S"),
+            dyn,
+            dyn->orbDynamicPrefixList("D")};
+  }
+
   Orb::Ptr<Map> map;
+  Orb::Ptr<Map> filter;
+  Orb::Ptr<Acl::PrefixList> prefixList;
+  Orb::Ptr<Acl::Ipv6PrefixList> ipv6PrefixList;
+  Orb::Ptr<Acl::AsPathList> asPathList;
+  Orb::Ptr<Acl::CommunityList> communityList;
+  Orb::Ptr<Acl::AclTypeConfig> ipAcls;
+  Orb::Ptr<Acl::AclConfig> ipAcl;
+  Orb::Ptr<Routing::DynamicPrefixList::DynamicPrefixListEntry> dynamicPrefixList;
 };
 
 TEST_F(ReactorRetirementTest, ReplacedRouteMapReactorIsRetiredWhileStillHeld) {
@@ -138,6 +193,86 @@ TEST_F(ReactorRetirementTest, MapReactorReplacedUnderTheSameNameIsRetiredWhileSt
   sm->routeMapIs(otherConfig->routeMapIs("R"));
   ASSERT_NE(sm->orbRouteMap("R"), old.get());
   expectRetired(*old, 0);  // the old map's reactor is deaf
+}
+
+// A host's model may notify an element again without replacing it; every
+// reactor then keeps what it has instead of rebuilding and replaying.
+TEST_F(ReactorRetirementTest, SameEntityAgainKeepsEveryReactorAndSendsNothing) {
+  configureEveryKind();
+  std::vector<Orb::Reactor const*> const before = reactors();
+  Tessel::VrfStatusSm* vrf = root->vrfStatusSm().get();
+  root->vrfStatusSmIs("default", routeMapConfig, peerFilterConfig, aclListConfig, aclConfig,
+                      dynPfxListConfig, policyMap);
+  vrf->routeMapConfigSmIs(routeMapConfig, "default", policyMap);
+  vrf->peerFilterConfigSmIs(peerFilterConfig, "default");
+  vrf->aclListConfigSmIs(aclListConfig, "default");
+  vrf->aclConfigSmIs(aclConfig, "default");
+  vrf->dynPfxConfigSmIs(dynPfxListConfig, policyMap);
+  vrf->routeMapConfigSm()->routeMapIs(map);
+  vrf->routeMapConfigSm()->orbRouteMap("R")->seqMapEntryIs(map->mapEntry(10));
+  vrf->peerFilterConfigSm()->peerFilterIs(filter);
+  Tessel::AclListConfigSm* lists = vrf->aclListConfigSm();
+  lists->prefixListIs(prefixList);
+  lists->ipv6PrefixListIs(ipv6PrefixList);
+  lists->pathListIs(asPathList);
+  lists->communityListIs(communityList);
+  lists->orbCommunityList("C")->communityListEntryIs(communityList->communityListEntry(10));
+  vrf->aclConfigSm()->ipConfigSmIs(ipAcls);
+  vrf->aclConfigSm()->ipConfigSm()->aclIs(ipAcl);
+  vrf->dynPfxConfigSm()->dynamicPrefixListIs(dynamicPrefixList);
+  EXPECT_EQ(before, reactors());
+  EXPECT_EQ("", sent());
+  EXPECT_EQ(retired(10), 0u) << trace.text;
+}
+
+// Emptying an element collection retires each element reactor as removing
+// it one by one would: deletion handlers run, and nothing is left to answer
+// the elements' later notifications.
+TEST_F(ReactorRetirementTest, DelAllRetiresEveryElementReactor) {
+  configureEveryKind();
+  policyMap->dynamicPrefixListIs("D")->reasonIs(
+      {RoutingPolicyMap::PluginType(3), RoutingPolicyMap::CliMode(2), "bgp", "neighbor"});
+  sent();
+  Tessel::VrfStatusSm* vrf = root->vrfStatusSm().get();
+  Tessel::OrbRouteMap* orbMap = vrf->routeMapConfigSm()->orbRouteMap("R");
+  orbMap->seqMapEntryDelAll();
+  EXPECT_EQ(nullptr, orbMap->seqMapEntry(10));
+  EXPECT_EQ(retired(10), 1u) << trace.text;
+  vrf->routeMapConfigSm()->routeMapDelAll();
+  EXPECT_EQ(nullptr, vrf->routeMapConfigSm()->orbRouteMap("R"));
+  vrf->peerFilterConfigSm()->peerFilterDelAll();
+  EXPECT_EQ(nullptr, vrf->peerFilterConfigSm()->orbPeerFilter("F"));
+  EXPECT_EQ("", sent()) << "route maps and peer filters leave the engine alone";
+
+  Tessel::AclListConfigSm* lists = vrf->aclListConfigSm();
+  Tessel::OrbCommunityList* orbList = lists->orbCommunityList("C");
+  orbList->communityListEntryDelAll();
+  EXPECT_EQ(nullptr, orbList->communityListEntry(10));
+  lists->prefixListDelAll();
+  lists->ipv6PrefixListDelAll();
+  lists->pathListDelAll();
+  lists->communityListDelAll();
+  EXPECT_EQ(0u, lists->orbPrefixLists() + lists->orbIpv6PrefixLists() + lists->orbPathLists() +
+                    lists->orbCommunityLists());
+  vrf->aclConfigSm()->ipConfigSm()->aclDelAll();
+  EXPECT_EQ(nullptr, vrf->aclConfigSm()->ipConfigSm()->acl("S"));
+  std::string entrySetDeletes;
+  for (char const* node : {"524 525", "526 527", "631 632"})
+    entrySetDeletes +=
+        std::string("delCommunitySet [512 ") + node + "=\"/policy/commset .C10\"] delete\ncommit\n";
+  EXPECT_EQ(entrySetDeletes, sent()) << "only the community list clears its entries' sets";
+
+  vrf->dynPfxConfigSm()->dynamicPrefixListDelAll();
+  EXPECT_EQ(nullptr, vrf->dynPfxConfigSm()->orbDynamicPrefixList("D"));
+  EXPECT_EQ("delDynamicPrefixList [512 627 628=\"D\"] delete\ncommit\n", sent())
+      << "a listed dynamic prefix list leaves the engine with its reactor";
+
+  map->versionInc();
+  filter->versionInc();
+  prefixList->versionInc();
+  communityList->communityListEntry(10)->versionIs(1);
+  dynamicPrefixList->versionInc();
+  EXPECT_EQ("", sent()) << "no reactor is left to answer";
 }
 
 }  // namespace

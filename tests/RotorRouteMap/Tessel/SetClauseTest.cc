@@ -57,7 +57,7 @@ TEST_F(SetTest, AsPathsArePackedAsHostOrderWordsInKeyOrder) {
   Tessel::doSetAsPathReplace_("default", "R", 10, asPath.begin(), 3);
   // Text is blank-separated numbers; a piece that is no number is left out.
   cog->doSetAsPathPrepend("R", 10, "1  258");
-  cog->doSetAsPathReplace("R", 10, "7 x9 4294967295");
+  cog->doSetAsPathReplace("R", 10, "7 x9 9x 4294967295");
   cog->doSetAsPathPrepend("R", 10, "");
   EXPECT_EQ(setCmd("setStrValue", "18:str=\"\\x01\\x00\\x00\\x00\\xe9\\xfd\\x00\\x00\"") +
                 setCmd("setStrValue",
@@ -67,6 +67,7 @@ TEST_F(SetTest, AsPathsArePackedAsHostOrderWordsInKeyOrder) {
                 setCmd("setStrValue", "18:str=\"\""),
             sent());
   EXPECT_THAT(trace.text, HasSubstr("\n0 Error: invalid AS number x9"));
+  EXPECT_THAT(trace.text, HasSubstr("\n0 Error: invalid AS number 9x"));
 }
 
 TEST_F(SetTest, LinkBandwidthOptionsByFlag) {
