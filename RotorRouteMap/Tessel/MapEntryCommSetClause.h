@@ -30,7 +30,8 @@ class ROTOR_API MapEntryCommSetClause {
   bool operator!() const noexcept { return *this == MapEntryCommSetClause(); }
   friend bool operator==(MapEntryCommSetClause const&, MapEntryCommSetClause const&) = default;
   /// By name, then sequence (unsigned), then flag compared as a signed number.
-  friend ROTOR_API bool operator<(MapEntryCommSetClause const& a, MapEntryCommSetClause const& b) noexcept;
+  friend ROTOR_API bool operator<(MapEntryCommSetClause const& a,
+                                  MapEntryCommSetClause const& b) noexcept;
 
   /// The seed, then the name's, the sequence's and the flag's hash mixed in.
   Orb::HashValue hash(Orb::HashValue seed) const noexcept;

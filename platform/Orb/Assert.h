@@ -6,7 +6,8 @@
 
 namespace Orb {
 
-[[noreturn]] ROTOR_API void assertionFailed(char const* condition, char const* file, int line) noexcept;
+[[noreturn]] ROTOR_API void assertionFailed(char const* condition, char const* file,
+                                            int line) noexcept;
 
 }  // namespace Orb
 
