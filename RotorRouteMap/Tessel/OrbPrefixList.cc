@@ -32,8 +32,13 @@ void BasicOrbPrefixList<Kind>::allEntriesChanged() {
   auto it = entries.begin();
   while (it != entries.end()) {
     Orb::U32 const seqno = it->first;
+    Orb::U64 const writes = list_->entryWrites();
     entryChanged(seqno);
-    // The handler may change the list; the next entry is the first one above
+    if (list_->entryWrites() == writes) {
+      ++it;
+      continue;
+    }
+    // The handler changed the list: the next entry is the first one above
     // this number, whatever happened meanwhile.
     if (seqno == UINT32_MAX) break;
     it = entries.lowerBound(seqno + 1);

@@ -29,6 +29,9 @@ class VersionedList : public Orb::Entity {
     notify(version_);
   }
   void versionInc() { versionIs(versionValue_ + 1); }
+  /// Counts the entry writes that changed the collection, so a reader
+  /// walking the entries across calls can tell whether its place still holds.
+  Orb::U64 entryWrites() const noexcept { return entryWrites_; }
 
  protected:
   /// Made by the owning configuration, which is its parent.
@@ -48,15 +51,20 @@ class VersionedList : public Orb::Entity {
       if (it->second == entry) return;
       it->second = entry;
     }
+    ++entryWrites_;
     notify(entry_, Orb::Key(entry.seqno));
   }
   void entryDel(Orb::U32 seqno) {
-    if (entries_.erase(seqno)) notify(entry_, Orb::Key(seqno));
+    if (entries_.erase(seqno)) {
+      ++entryWrites_;
+      notify(entry_, Orb::Key(seqno));
+    }
   }
 
  private:
   Entries entries_;
   Orb::U32 versionValue_ = 0;
+  Orb::U64 entryWrites_ = 0;
 };
 
 }  // namespace Acl

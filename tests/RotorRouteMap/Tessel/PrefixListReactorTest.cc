@@ -112,6 +112,42 @@ TEST_F(PrefixListReactorTest, ExistingListsAreReplayedWhenAnInputComesBack) {
   EXPECT_EQ(expected, batchesSorted(stream.substr(at)));
 }
 
+TEST_F(PrefixListReactorTest, ReplayWalkGoesOnAboveItsPlaceWhenTheListChangesUnderIt) {
+  auto list = sentList();
+  root->aclConfigIs(nullptr);
+  sent();
+  // Whoever hears the replay note entry 10 removes that very entry and adds
+  // one below and one above it.
+  struct Meddler final : Orb::TraceSink {
+    Orb::Ptr<PrefixList> list;
+    bool done = false;
+    void traceLine(int, std::string_view, int, std::string_view line) override {
+      if (done || line.find("handlePrefixEntry(U32 seqno) name: P seqno: 10") == line.npos) return;
+      done = true;
+      list->prefixEntryDel(10);
+      list->prefixEntryIs(entry(5, "10.5.0.0/16"));
+      list->prefixEntryIs(entry(15, "10.6.0.0/16"));
+    }
+  } meddler;
+  meddler.list = list;
+  Orb::traceSinkIs(&meddler);
+  root->aclConfigIs(aclConfig);
+  Orb::traceSinkIs(&trace);
+  ASSERT_TRUE(meddler.done);
+  std::string const stream = sent();
+  auto const at = stream.find("doAddIpPrefixList ");
+  ASSERT_NE(std::string::npos, at) << stream;
+  EXPECT_EQ(addList("P") + "commit\n" +
+                batchesSorted(
+                    addEntry("P", 15, "8:flag=true 0:ip=10.6.0.0 2:u32=16 6:u32=16 7:u32=16") +
+                    addEntry("P", 20, "8:flag=true 0:ip=10.1.0.0 2:u32=16 6:u32=16 7:u32=16") +
+                    addEntry("P", 30, "8:flag=true 0:ip=10.2.0.0 2:u32=16 6:u32=16 7:u32=16") +
+                    addEntry("P", 5, "8:flag=true 0:ip=10.5.0.0 2:u32=16 6:u32=16 7:u32=16") +
+                    "doDelIpPrefixListEntry [" + listPath("P") + " 516=10] delete\n" + "commit\n"),
+            batchesSorted(stream.substr(
+                at, stream.find("commit\n", stream.find("commit\n", at) + 1) + 7 - at)));
+}
+
 TEST_F(PrefixListReactorTest, PausedListReactorPausesItsListReactors) {
   auto list = sentList();
   sm()->hasNotificationActiveIs(false);
