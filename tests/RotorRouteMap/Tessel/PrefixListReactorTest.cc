@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Harness.h"
+#include "Orb/HashMap.h"
 #include "Tessel/AclListConfigSm.h"
 
 namespace {
@@ -146,6 +147,78 @@ TEST_F(PrefixListReactorTest, ReplayWalkGoesOnAboveItsPlaceWhenTheListChangesUnd
                     "doDelIpPrefixListEntry [" + listPath("P") + " 516=10] delete\n" + "commit\n"),
             batchesSorted(stream.substr(
                 at, stream.find("commit\n", stream.find("commit\n", at) + 1) + 7 - at)));
+}
+
+// Large batches are looked up in key order (by a radix sort above 32,768
+// numbers, by a walk or by searches below); the engine must still get every
+// noted number once, in the set's own order, with the entry as it is now.
+TEST_F(PrefixListReactorTest, LargeBatchesSendEveryNumberInTheSetsOrder) {
+  constexpr Orb::U32 kEntries = 40000;
+  auto list = aclListConfig->prefixListIs("P");
+  auto entryOf = [](Orb::U32 seqno, Orb::U32 le) {
+    return PrefixList::Entry{seqno, Acl::permit, Kiwi::Prefix(Kiwi::IpAddr(seqno << 8), 24), 0, le};
+  };
+  // The batch's expected stream: one add or delete per number, in the order
+  // a set of those numbers iterates.
+  auto expected = [&](std::vector<Orb::U32> const& numbers) {
+    Orb::HashMap<Orb::U32, bool> set;
+    for (Orb::U32 n : numbers)
+      set.set(n, true);
+    std::vector<std::string> lines;
+    for (auto const& [seqno, modified] : set) {
+      auto const* e = list->prefixEntry(seqno);
+      lines.push_back(e ? "add " + std::to_string(seqno) + " le " + std::to_string(e->le)
+                        : "del " + std::to_string(seqno));
+    }
+    return lines;
+  };
+  auto actual = [&] {
+    std::vector<std::string> lines;
+    for (Rib::RecordedCommand const& r : engine.records()) {
+      if (r.kind != Rib::RecordedCommand::Kind::command ||
+          r.name.view().find("Entry") == r.name.view().npos)
+        continue;
+      std::string const seqno = std::to_string(r.path.back().number);
+      lines.push_back(r.isDelete ? "del " + seqno
+                                 : "add " + seqno + " le " +
+                                       std::to_string(std::get<Orb::U32>(r.values.back().data)));
+    }
+    engine.clear();
+    return lines;
+  };
+
+  // Numbers up to 280,000, so both 16-bit halves of a number matter.
+  std::vector<Orb::U32> all;
+  for (Orb::U32 seqno = 7; seqno <= 7 * kEntries; seqno += 7) {
+    list->prefixEntryIs(entryOf(seqno, 25));
+    all.push_back(seqno);
+  }
+  list->versionInc();  // 40,000 numbers: radix sort and walk
+  EXPECT_EQ(expected(all), actual());
+
+  std::vector<Orb::U32> some;  // 310 numbers: a search each
+  for (Orb::U32 seqno = 700; seqno <= 210000; seqno += 700) {
+    list->prefixEntryIs(entryOf(seqno, 26));
+    some.push_back(seqno);
+  }
+  for (Orb::U32 seqno = 35; seqno <= 665; seqno += 70) {
+    list->prefixEntryDel(seqno);
+    some.push_back(seqno);
+  }
+  list->versionInc();
+  EXPECT_EQ(expected(some), actual());
+
+  std::vector<Orb::U32> many;  // 12,000 numbers, some removed: a walk
+  for (Orb::U32 seqno = 21; seqno <= 252000; seqno += 21) {
+    if (seqno % 2 == 0) {
+      list->prefixEntryDel(seqno);
+    } else {
+      list->prefixEntryIs(entryOf(seqno, 27));
+    }
+    many.push_back(seqno);
+  }
+  list->versionInc();
+  EXPECT_EQ(expected(many), actual());
 }
 
 TEST_F(PrefixListReactorTest, PausedListReactorPausesItsListReactors) {
