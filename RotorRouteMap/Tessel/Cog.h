@@ -322,6 +322,6 @@ ROTOR_API std::string stringValue(Cog::PrefixListFamily v);
 template <class E>
 E sequenceToValue(U32 position);
 template <>
-Cog::PrefixListFamily sequenceToValue<Cog::PrefixListFamily>(U32 position);
+ROTOR_API Cog::PrefixListFamily sequenceToValue<Cog::PrefixListFamily>(U32 position);
 
 }  // namespace Tessel
