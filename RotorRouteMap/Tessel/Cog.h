@@ -38,6 +38,13 @@ class ROTOR_API Cog : public Orb::Object {
   RibPath ribPathIs(U32 id) const;
   /// The path of one route-map sequence: 512, 576 = mapName, 577, 578 = seqno.
   RibPath ribMapSeqPathIs(Orb::String const& mapName, U32 seqno) const;
+  /// The path of a sequence's set node (601), where set clauses and the
+  /// community clauses write their attributes.
+  RibPath ribMapSetPathIs(Orb::String const& mapName, U32 seqno) const {
+    RibPath path = ribMapSeqPathIs(mapName, seqno);
+    path->doPushPath(601);
+    return path;
+  }
 
   /// Commits everything executed so far as one transaction.
   void doCommit();

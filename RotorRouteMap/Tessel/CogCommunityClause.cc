@@ -17,12 +17,6 @@ using Routing::RouteMap::CommunitySet;
 
 namespace {
 
-RibPath setPathIs(Cog const& cog, Orb::String const& mapName, U32 seqno) {
-  RibPath path = cog.ribMapSeqPathIs(mapName, seqno);
-  path->doPushPath(601);
-  return path;
-}
-
 // The index keeps one key per variant: deleting clauses and all others,
 // which share the "ar" private list.
 Acl::CommSetFlag trackedFlagOf(Acl::CommSetFlag flag) {
@@ -117,7 +111,7 @@ void Cog::doApplyCommListToRouteMap(Orb::String const& mapName, U32 seqno,
             "Orb::String const& clName, Acl::CommSetFlag flag)"
                 << ": map=" << mapName << " seqno=" << seqno
                 << " flag=" << Acl::valueToStrep(flag));
-  Orb::Ptr<Rib::CogOp> op = ribOpIs("setCommunity", setPathIs(*this, mapName, seqno));
+  Orb::Ptr<Rib::CogOp> op = ribOpIs("setCommunity", ribMapSetPathIs(mapName, seqno));
   if (flag == Acl::commSetDelete_) {
     op->values->doPushString(14, clName);
   } else {
@@ -154,7 +148,7 @@ void Cog::doSetExtCommunity(Orb::String const& mapName, U32 seqno,
   Orb::String const setName(".e" + mapName.str() + std::to_string(seqno));
   doDelCommSet(setName, Acl::communityExtended);
   bool const linkBandwidth = doAddSetCommSet(setName, commSet, Acl::communityExtended);
-  Orb::Ptr<Rib::CogOp> op = ribOpIs("setExtCommunity", setPathIs(*this, mapName, seqno));
+  Orb::Ptr<Rib::CogOp> op = ribOpIs("setExtCommunity", ribMapSetPathIs(mapName, seqno));
   op->values->doPushString(flag == Acl::commSetDelete_ ? 15 : 13, setName);
   // A link-bandwidth set is always added: replacing would drop the route's
   // other extended communities along with its bandwidth.
@@ -178,7 +172,7 @@ void Cog::doSetLargeCommunity(Orb::String const& mapName, U32 seqno,
   Orb::String const setName(".l" + mapName.str() + std::to_string(seqno));
   doDelCommSet(setName, Acl::communityLarge);
   doAddSetCommSet(setName, commSet, Acl::communityLarge);
-  Orb::Ptr<Rib::CogOp> op = ribOpIs("setLargeCommunity", setPathIs(*this, mapName, seqno));
+  Orb::Ptr<Rib::CogOp> op = ribOpIs("setLargeCommunity", ribMapSetPathIs(mapName, seqno));
   op->values->doPushString(flag == Acl::commSetDelete_ ? 37 : 36, setName);
   // Each kind spells add and replace its own way in the engine: standard as a
   // flag, extended as 2, large as 4.

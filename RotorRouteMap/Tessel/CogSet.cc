@@ -17,12 +17,6 @@ using Routing::RouteMap::MapEntry;
 
 namespace {
 
-RibPath setPathIs(Cog const& cog, Orb::String const& mapName, U32 seqno) {
-  RibPath path = cog.ribMapSeqPathIs(mapName, seqno);
-  path->doPushPath(601);
-  return path;
-}
-
 // The engine unpacks the AS numbers as raw 32-bit words in the host's order,
 // so they go as bytes, not as text. Packed on the stack for the usual short
 // path.
@@ -66,7 +60,7 @@ void Cog::doSetIntValue(Orb::String const& mapName, U32 seqno, U32 tag, U32 valu
             "value)"
                 << ": map=" << mapName << " seqno=" << seqno << " tag=" << tag
                 << " value=" << value);
-  Orb::Ptr<Rib::CogOp> op = ribOpIs("setIntValue", setPathIs(*this, mapName, seqno));
+  Orb::Ptr<Rib::CogOp> op = ribOpIs("setIntValue", ribMapSetPathIs(mapName, seqno));
   op->values->doPushU32(tag, value);
   op->doExecute();
 }
@@ -77,7 +71,7 @@ void Cog::doSetU8Value(Orb::String const& mapName, U32 seqno, U32 tag, U8 value)
             "value)"
                 << ": map=" << mapName << " seqno=" << seqno << " tag=" << tag
                 << " value=" << U32(value));
-  Orb::Ptr<Rib::CogOp> op = ribOpIs("setU8Value", setPathIs(*this, mapName, seqno));
+  Orb::Ptr<Rib::CogOp> op = ribOpIs("setU8Value", ribMapSetPathIs(mapName, seqno));
   op->values->doPushU8(tag, value);
   op->doExecute();
 }
@@ -89,7 +83,7 @@ void Cog::doSetStrValue(Orb::String const& mapName, U32 seqno, U32 tag, Orb::Str
             "Orb::String const& value)"
                 << ": map=" << mapName << " seqno=" << seqno << " tag=" << tag
                 << " bytes=" << value.size());
-  Orb::Ptr<Rib::CogOp> op = ribOpIs("setStrValue", setPathIs(*this, mapName, seqno));
+  Orb::Ptr<Rib::CogOp> op = ribOpIs("setStrValue", ribMapSetPathIs(mapName, seqno));
   op->values->doPushString(tag, value);
   op->doExecute();
 }
@@ -101,7 +95,7 @@ void Cog::doSetNextHop(Orb::String const& mapName, U32 seqno, Kiwi::IpAddr nextH
             "nextHop, Kiwi::Ip6Addr const& ipv6NextHop, bool isIpv6)"
                 << ": map=" << mapName << " seqno=" << seqno << " nextHop=" << nextHop
                 << " ipv6NextHop=" << ipv6NextHop << " isIpv6=" << isIpv6);
-  Orb::Ptr<Rib::CogOp> op = ribOpIs("setNextHop", setPathIs(*this, mapName, seqno));
+  Orb::Ptr<Rib::CogOp> op = ribOpIs("setNextHop", ribMapSetPathIs(mapName, seqno));
   if (isIpv6) {
     op->values->doPushIp6Addr(8, ipv6NextHop);
   } else {
@@ -116,7 +110,7 @@ void Cog::doSetNextHopPeerAddr(Orb::String const& mapName, U32 seqno, U32 tag, b
             "tag, bool value)"
                 << ": map=" << mapName << " seqno=" << seqno << " tag=" << tag
                 << " value=" << value);
-  Orb::Ptr<Rib::CogOp> op = ribOpIs("setNextHopPeerAddr", setPathIs(*this, mapName, seqno));
+  Orb::Ptr<Rib::CogOp> op = ribOpIs("setNextHopPeerAddr", ribMapSetPathIs(mapName, seqno));
   op->values->doPushFlag(tag, value);
   op->doExecute();
   // Committed at once, even in the middle of a map: this attribute has
@@ -130,7 +124,7 @@ void Cog::doSetNextHopUnchanged(Orb::String const& mapName, U32 seqno, U32 tag, 
             "tag, bool value)"
                 << ": map=" << mapName << " seqno=" << seqno << " tag=" << tag
                 << " value=" << value);
-  Orb::Ptr<Rib::CogOp> op = ribOpIs("setNextHopUnchanged", setPathIs(*this, mapName, seqno));
+  Orb::Ptr<Rib::CogOp> op = ribOpIs("setNextHopUnchanged", ribMapSetPathIs(mapName, seqno));
   op->values->doPushFlag(tag, value);
   op->doExecute();
   // Committed at once, mid-map, as doSetNextHopPeerAddr.
@@ -239,7 +233,7 @@ void Cog::doSetExtCommunityLbwOpts(Orb::String const& mapName, U32 seqno,
             "Acl::ExtCommLinkBandwidthSetFlag lbwFlag, float value)"
                 << ": map=" << mapName << " seqno=" << seqno
                 << " flag=" << Acl::valueToStrep(lbwFlag) << " value=" << value);
-  Orb::Ptr<Rib::CogOp> op = ribOpIs("ExtCommSetLinkBwOpts", setPathIs(*this, mapName, seqno));
+  Orb::Ptr<Rib::CogOp> op = ribOpIs("ExtCommSetLinkBwOpts", ribMapSetPathIs(mapName, seqno));
   switch (lbwFlag) {
     case Acl::lbwAggregate:
       op->values->doPushU8(29, 1);
