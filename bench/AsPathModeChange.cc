@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "Inputs.h"
 #include "Rib/NullSink.h"
 #include "Tessel/Cog.h"
 #include "Tessel/Root.h"
@@ -41,12 +42,7 @@ struct World {
       }
       list->versionInc();
     }
-    root->routeMapConfigIs(Routing::RouteMap::Config::create("rm"));
-    root->peerFilterConfigIs(Routing::RouteMap::PeerFilterConfig::create("pf"));
-    root->aclListConfigIs(config);
-    root->aclConfigIs(Acl::Config::create("acl"));
-    root->dynPfxListConfigIs(Routing::DynamicPrefixList::Config::create("dynpfx"));
-    root->policyMapIs(RoutingPolicyMap::PolicyMap::create("pmap"));
+    Bench::Inputs{.aclLists = config}.giveTo(*root);
   }
   ~World() {
     root = nullptr;

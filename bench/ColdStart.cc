@@ -7,6 +7,7 @@
 
 #include <memory>
 
+#include "Inputs.h"
 #include "PerCommand.h"
 #include "Rib/NullSink.h"
 #include "Tessel/Root.h"
@@ -165,11 +166,8 @@ struct World {
     auto dynamicPrefixLists = Routing::DynamicPrefixList::Config::create("dynpfx");
     policyMap = RoutingPolicyMap::PolicyMap::create("pmap");
     dynamicPrefixListsIs(*dynamicPrefixLists, *policyMap);
-    root->routeMapConfigIs(routeMaps);
-    root->peerFilterConfigIs(peerFilters);
-    root->aclListConfigIs(lists);
-    root->aclConfigIs(acls);
-    root->dynPfxListConfigIs(dynamicPrefixLists);
+    Bench::Inputs{routeMaps, peerFilters, lists, acls, dynamicPrefixLists, policyMap}.giveTo(
+        *root, Bench::Inputs::Held::policyMap);
   }
   void start() { root->policyMapIs(policyMap); }
   ~World() {

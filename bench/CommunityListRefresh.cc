@@ -5,6 +5,7 @@
 // the flat encoders.
 #include <benchmark/benchmark.h>
 
+#include "Inputs.h"
 #include "PerCommand.h"
 #include "Rib/NullSink.h"
 #include "Tessel/Root.h"
@@ -36,12 +37,7 @@ struct World {
       e->communityAddReplaceIs(CommunitySet::create({Acl::commSetAdd_, true, {list}, {}}));
       e->setFlagsIs({MapEntry::SetFlags::communityAddReplace});
     }
-    root->routeMapConfigIs(config);
-    root->peerFilterConfigIs(Routing::RouteMap::PeerFilterConfig::create("pf"));
-    root->aclListConfigIs(acl);
-    root->aclConfigIs(Acl::Config::create("acl"));
-    root->dynPfxListConfigIs(Routing::DynamicPrefixList::Config::create("dynpfx"));
-    root->policyMapIs(RoutingPolicyMap::PolicyMap::create("pmap"));
+    Bench::Inputs{.routeMaps = config, .aclLists = acl}.giveTo(*root);
   }
   ~World() {
     root = nullptr;

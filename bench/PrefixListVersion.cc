@@ -7,6 +7,7 @@
 
 #include <memory>
 
+#include "Inputs.h"
 #include "PerCommand.h"
 #include "Rib/NullSink.h"
 #include "Tessel/Cog.h"
@@ -39,11 +40,7 @@ struct World {
     small = lists->prefixListIs("SMALL");
     for (Orb::U32 i = 1; i <= 10; ++i)
       small->prefixEntryIs(entryOf(i, 0));
-    root->routeMapConfigIs(Routing::RouteMap::Config::create("rm"));
-    root->peerFilterConfigIs(Routing::RouteMap::PeerFilterConfig::create("pf"));
-    root->aclConfigIs(Acl::Config::create("acl"));
-    root->dynPfxListConfigIs(Routing::DynamicPrefixList::Config::create("dynpfx"));
-    root->policyMapIs(RoutingPolicyMap::PolicyMap::create("pmap"));
+    Bench::Inputs{.aclLists = lists}.giveTo(*root, Bench::Inputs::Held::aclLists);
   }
   /// Makes the per-VRF machinery, which replays every list.
   void start() { root->aclListConfigIs(lists); }

@@ -4,6 +4,7 @@
 // against the flat encoders on the same stream.
 #include <benchmark/benchmark.h>
 
+#include "Inputs.h"
 #include "PerCommand.h"
 #include "Rib/NullSink.h"
 #include "Tessel/Root.h"
@@ -54,12 +55,7 @@ struct World {
     sequencesIs(*map, sequences);
     for (Orb::U32 n = 0; n < others; ++n)
       sequencesIs(*config->routeMapIs(Orb::String::format("OTHER%u", n)), 10);
-    root->routeMapConfigIs(config);
-    root->peerFilterConfigIs(Routing::RouteMap::PeerFilterConfig::create("pf"));
-    root->aclListConfigIs(Acl::AclListConfig::create("acllist"));
-    root->aclConfigIs(Acl::Config::create("acl"));
-    root->dynPfxListConfigIs(Routing::DynamicPrefixList::Config::create("dynpfx"));
-    root->policyMapIs(RoutingPolicyMap::PolicyMap::create("pmap"));
+    Bench::Inputs{.routeMaps = config}.giveTo(*root);
   }
   ~World() {
     root = nullptr;

@@ -4,6 +4,7 @@
 // chain and the policy-map changes per map must stay flat as the chain grows.
 #include <benchmark/benchmark.h>
 
+#include "Inputs.h"
 #include "Rib/NullSink.h"
 #include "Tessel/Root.h"
 
@@ -43,12 +44,7 @@ struct World {
       if (i + 1 < maps) e->subRouteMapIs(mapName(i + 1));
     }
     policyMap = RoutingPolicyMap::PolicyMap::create("pmap");
-    root->routeMapConfigIs(config);
-    root->peerFilterConfigIs(Routing::RouteMap::PeerFilterConfig::create("pf"));
-    root->aclListConfigIs(Acl::AclListConfig::create("acllist"));
-    root->aclConfigIs(Acl::Config::create("acl"));
-    root->dynPfxListConfigIs(Routing::DynamicPrefixList::Config::create("dynpfx"));
-    root->policyMapIs(policyMap);
+    Bench::Inputs{.routeMaps = config, .policyMap = policyMap}.giveTo(*root);
   }
   ~World() {
     root = nullptr;
