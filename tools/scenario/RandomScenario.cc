@@ -105,7 +105,7 @@ class RandomGenerator::Impl {
       changed_.insert(map);
       Step step{fill("route-map " + map + " {permit|permit|permit|deny} {10|20|30}")};
       for (int n = below(3); n > 0; --n)
-        step.push_back("  " + fill(clause()));
+        step.push_back(std::string("  ").append(fill(clause())));
       return step;
     }
     std::string map = *std::next(maps_.begin(), below(maps_.size()));
@@ -219,7 +219,7 @@ class RandomGenerator::Impl {
       changedFilters_.insert(filter);
       Step step{fill("peer-filter " + filter + " {permit|deny} {10|20}")};
       for (int n = below(3); n > 0; --n)
-        step.push_back("  " + fill(clause()));
+        step.push_back(std::string("  ").append(fill(clause())));
       return step;
     }
     if (r < 40) {
