@@ -77,6 +77,12 @@ TEST(AsPathRegexTest, ExpressionsThatWouldExhaustTheCompilersAreInvalidWithoutCo
   v = Scenario::regexValidity("(65000{300})+");
   EXPECT_TRUE(v.mode0);
   EXPECT_TRUE(v.mode1);
+  // Each optional copy's closure reaches every later one: memory grows with
+  // the square of the bound, and this one would take 5 GB.
+  EXPECT_FALSE(Scenario::regexValidity("65000{,26502}").mode0);
+  EXPECT_FALSE(Scenario::regexValidity("65000{2,1000}").mode0);
+  EXPECT_TRUE(Scenario::regexValidity("65000{2,200}").mode0);
+  EXPECT_TRUE(Scenario::regexValidity("65000{26502,}").mode0);
 
   // Both compilers recurse per group, std::regex per term too: past 1024
   // bytes neither is asked, so no line can run them out of stack.

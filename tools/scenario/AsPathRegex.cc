@@ -79,8 +79,12 @@ std::size_t saturatingTimes(std::size_t a, std::size_t b) {
 // glibc's regcomp copies a repeated subexpression once per repetition ("x+"
 // becomes "xx*", "x{3}" "xxx"), so stacked or nested repetitions grow it
 // exponentially: "x++++..." doubles with each '+' until memory runs out.
-// The size of a POSIX extended expression with every repetition written out,
-// up to the same state limit as std::regex's NFA.
+// The optional copies of a bounded interval cost more: "x{,n}" nests n
+// optional copies, and the closure regcomp stores for each reaches every
+// later one, so memory grows with n squared ("0{,8000}" takes 500 MB).
+// The size of a POSIX extended expression with every repetition written out
+// and every such closure counted, up to the same state limit as std::regex's
+// NFA.
 class ExpandedSize {
  public:
   explicit ExpandedSize(std::string const& expression) : e_(expression) {}
@@ -137,9 +141,11 @@ class ExpandedSize {
       } else if (c == '+') {
         size = saturatingAdd(saturatingTimes(size, 2), 1);
       } else if (c == '{') {
-        std::size_t const copies = interval();
-        if (copies == 0) return size;  // not an interval: a '{' of its own
-        size = saturatingAdd(saturatingTimes(size, copies), 1);
+        Interval const copies = interval();
+        if (copies.all == 0) return size;  // not an interval: a '{' of its own
+        std::size_t const closures =
+            saturatingTimes(size, saturatingTimes(copies.optional, copies.optional));
+        size = saturatingAdd(saturatingAdd(saturatingTimes(size, copies.all), closures), 1);
         continue;
       } else {
         return size;
@@ -149,23 +155,29 @@ class ExpandedSize {
     return size;
   }
 
-  // The copies the interval at `at_` makes, moving past it; 0 when no
-  // interval starts there.
-  std::size_t interval() {
+  struct Interval {
+    std::size_t all = 0;       // copies written out, 0 when there is no interval
+    std::size_t optional = 0;  // of them, the ones past the lower bound
+  };
+
+  // The copies the interval at `at_` makes, moving past it.
+  Interval interval() {
     std::size_t const start = at_++;
     std::size_t const low = number();
-    std::size_t copies = low;
+    Interval copies{low, 0};
     if (at_ < e_.size() && e_[at_] == ',') {
-      ++at_;
+      std::size_t const highStart = ++at_;
       std::size_t const high = number();
-      copies = std::max(low, high) + 1;
+      copies.all = std::max(low, high) + 1;
+      if (at_ != highStart && high > low) copies.optional = high - low;  // "{m,}" is a star
     }
     if (at_ >= e_.size() || e_[at_] != '}') {
       at_ = start;
-      return 0;
+      return {};
     }
     ++at_;
-    return std::max<std::size_t>(copies, 1);
+    copies.all = std::max<std::size_t>(copies.all, 1);
+    return copies;
   }
 
   std::size_t number() {
