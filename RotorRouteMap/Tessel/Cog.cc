@@ -7,6 +7,7 @@
 #include "Orb/TypeRegistry.h"
 #include "Tessel/Root.h"
 #include "Tessel/TraceLevels.h"
+#include "Tessel/VrfCheck.h"
 
 namespace Tessel {
 
@@ -31,7 +32,7 @@ Orb::Ptr<Cog> cogFactory(L3::VrfName vrfName) {
 }
 
 RibPath cogVrePath(L3::VrfName const& vrfName, bool) {
-  if (rmRoot) ORB_ASSERT(rmRoot->vrfName() == vrfName);
+  if (rmRoot && !vrfRetiring(vrfName)) ORB_ASSERT(rmRoot->vrfName() == vrfName);
   return Rib::CogTagArrayIs();
 }
 
@@ -47,10 +48,12 @@ Orb::Ptr<Rib::CogOp> ribOpIs(Orb::String const& name, RibPath path) {
 
 RibPath Cog::ribPathIs(U32 id) const {
   Root const* const root = rmRoot.get();
+  Orb::U64 const epoch = vrfCheckEpoch();
   RibPath path;
-  if (root != vrfCheckedFor_) {
+  if (root != vrfCheckedFor_ || epoch != vrfCheckedAt_) {
     path = cogVrePath(vrfName_, false);
     vrfCheckedFor_ = root;
+    vrfCheckedAt_ = epoch;
   } else {
     path = Rib::CogTagArrayIs();
   }

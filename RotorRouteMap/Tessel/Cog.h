@@ -277,10 +277,11 @@ class ROTOR_API Cog : public Orb::Object {
   L3::VrfName vrfName_;
   /// Carried for the engine command library; no operation reads it.
   U32 reserved_ = 0;
-  /// The root whose VRF this translator's paths were last checked against.
-  /// A translator lives for one change, during which the root stays, so the
-  /// check runs on its first path rather than on every one.
+  /// The root, and the check's epoch, at which this translator's VRF was
+  /// last found acceptable: every path is checked, but the comparison runs
+  /// again only when the root, its name or a retirement has changed since.
   mutable void const* vrfCheckedFor_ = nullptr;
+  mutable Orb::U64 vrfCheckedAt_ = 0;
 };
 
 /// The only way reactors obtain a translator.

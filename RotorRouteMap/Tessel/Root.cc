@@ -6,6 +6,7 @@
 #include "Orb/Trace.h"
 #include "Orb/TypeRegistry.h"
 #include "Tessel/TraceLevels.h"
+#include "Tessel/VrfCheck.h"
 #include "Tessel/VrfStatusSm.h"
 
 namespace Tessel {
@@ -41,18 +42,40 @@ Root::Root(Orb::Name name) : Entity(std::move(name), false) {
 Root::~Root() {
   commListUsersDel();
   vrfStatusSmDel();
+  vrfCheckChanged();
 }
 
 void Root::handleInitialized() {
   ORB_TRACE(traceHandler, "void Tessel::Root::handleInitialized()");
   commListUsersIs("comm-list-users");
   initializedIs(true);
+  // A later root replaces an earlier one. The earlier one's machine would
+  // otherwise go on answering the same configuration, with this root's VRF
+  // and index, twice over; it goes while its root is still the current one,
+  // so its tear-down is checked against its own VRF and reaches its own
+  // index.
+  if (Orb::Ptr<Root> const earlier = rmRoot; earlier && earlier.get() != this) {
+    earlier->handleReplaced(name());
+  }
   rmRoot = this;
+  vrfCheckChanged();
+}
+
+void Root::handleReplaced(Orb::Name const& by) {
+  if (!vrfStatusSmValue_) return;
+  ORB_TRACE(traceDelete, "Root " << name() << " replaced by " << by << ": delete its vrfStatusSm"
+                                 << " vrf: " << vrfStatusSmValue_->vrfName());
+  vrfStatusSmDel();
+}
+
+bool Root::current() const noexcept {
+  return rmRoot.get() == this;
 }
 
 void Root::vrfNameIs(L3::VrfName const& name) {
   if (vrfNameValue_ == name) return;
   vrfNameValue_ = name;
+  vrfCheckChanged();
   notify(vrfName_);
 }
 
@@ -104,8 +127,18 @@ void Root::commListUsersDel() {
 void Root::handleStatusSmCtorArg() {
   ORB_TRACE(traceHandler, "void Tessel::Root::handleStatusSmCtorArg()"
                               << " vrfName is " << vrfNameValue_);
-  if (routeMapConfigValue_ && peerFilterConfigValue_ && aclListConfigValue_ && aclConfigValue_ &&
-      commListUsersValue_ && dynPfxListConfigValue_ && policyMapValue_) {
+  bool const complete = routeMapConfigValue_ && peerFilterConfigValue_ && aclListConfigValue_ &&
+                        aclConfigValue_ && commListUsersValue_ && dynPfxListConfigValue_ &&
+                        policyMapValue_;
+  if (rmRoot && !current()) {
+    // A replaced root keeps no machine: it would answer the configuration
+    // beside the current root's, against that root's VRF and index.
+    if (complete || vrfStatusSmValue_) {
+      ORB_TRACE(traceHandler, "void Tessel::Root::handleStatusSmCtorArg()"
+                                  << ": not the current root, no vrfStatusSm");
+    }
+    vrfStatusSmDel();
+  } else if (complete) {
     ORB_TRACE(traceHandler, "void Tessel::Root::handleStatusSmCtorArg()"
                                 << ": created vrfStatusSm");
     vrfStatusSmIs(vrfNameValue_, routeMapConfigValue_, peerFilterConfigValue_, aclListConfigValue_,
@@ -133,7 +166,11 @@ void Root::vrfStatusSmIs(L3::VrfName const& vrfName, RouteMapConfigPtr const& ro
       Orb::make<VrfStatusSm>(vrfName, routeMapConfig, peerFilterConfig, aclListConfig, aclConfig,
                              dynPfxListConfig, policyMap);
   if (Orb::Ptr<VrfStatusSm> old = std::exchange(vrfStatusSmValue_, fresh)) {
-    old->retire();  // also when someone else still holds it
+    // Also when someone else still holds it. Its tear-down leaves alone
+    // what the new machine holds (see Holds.h), and goes out for the VRF it
+    // was built for, which a rename may have left.
+    RetiringVrf const retiring(old->vrfName());
+    old->retire();
   }
   fresh->hasNotificationActiveIs(true);
   notify(vrfStatusSm_);
@@ -145,6 +182,10 @@ void Root::vrfStatusSmDel() {
   vrfStatusSmValue_ = nullptr;
   gone->hasNotificationActiveIs(false);
   notify(vrfStatusSm_);
+  // Its tear-down goes now, for the VRF it was built for, even while someone
+  // else still holds it.
+  RetiringVrf const retiring(gone->vrfName());
+  gone->retire();
 }
 
 void Root::initializedIs(bool v) {

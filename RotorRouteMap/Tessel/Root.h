@@ -71,21 +71,28 @@ class ROTOR_API Root : public Orb::Entity {
   Orb::Ptr<VrfStatusSm> const& vrfStatusSm() const noexcept { return vrfStatusSmValue_; }
   /// Keeps the running VrfStatusSm when its VRF and inputs are these;
   /// otherwise replaces it with a new one. The new one replays before the old
-  /// one is retired, so the old one's withdrawals and deletions come last and
-  /// undo what both hold (policy-map reasons, dynamic prefix lists).
+  /// one is retired; the old one's tear-down then withdraws and deletes only
+  /// what the new one does not hold, and goes out for the old one's VRF.
   void vrfStatusSmIs(L3::VrfName const& vrfName, RouteMapConfigPtr const& routeMapConfig,
                      PeerFilterConfigPtr const& peerFilterConfig,
                      AclListConfigPtr const& aclListConfig, AclConfigPtr const& aclConfig,
                      DynPfxListConfigPtr const& dynPfxListConfig, PolicyMapPtr const& policyMap);
+  /// Retires the running VrfStatusSm, whose tear-down goes out at once for
+  /// the VRF it was built for.
   void vrfStatusSmDel();
 
   bool initialized() const noexcept { return initializedValue_; }
+  /// Whether this is `rmRoot`. A root replaced by a later one keeps no
+  /// VrfStatusSm, whatever its inputs.
+  bool current() const noexcept;
   void initializedIs(bool v);
 
  private:
   friend Orb::Ptr<Root> rootFactory(Orb::Name name);
   explicit Root(Orb::Name name);
   void handleInitialized();
+  /// The root `by` became current: this one's machine goes.
+  void handleReplaced(Orb::Name const& by);
   void handleStatusSmCtorArg();
   template <class P>
   void inputIs(P& slot, P const& p, Attribute attribute);

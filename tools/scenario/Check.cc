@@ -10,6 +10,7 @@
 #include <optional>
 #include <set>
 #include <sstream>
+#include <utility>
 
 #include "Orb/Trace.h"
 #include "Rib/CommandText.h"
@@ -351,7 +352,9 @@ Rib::EngineModel freshReplay(Inputs const& inputs, L3::VrfName const& vrf,
   Rib::EngineModel model;
   Rib::ScopedEngineSink installed(model);
   TraceMute mute;
-  Orb::Ptr<Tessel::Root> previous = Tessel::rmRoot;
+  // Made with no root current, the check's root replaces nothing: the live
+  // root keeps its machine, which hears nothing meanwhile.
+  Orb::Ptr<Tessel::Root> previous = std::exchange(Tessel::rmRoot, nullptr);
   Orb::Ptr<Tessel::Root> root = Tessel::rootFactory("check");
   root->vrfNameIs(vrf);
   root->routeMapConfigIs(inputs.routeMapConfig);
