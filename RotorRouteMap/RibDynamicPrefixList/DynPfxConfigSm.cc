@@ -7,6 +7,7 @@
 #include "Orb/Trace.h"
 #include "Orb/TypeRegistry.h"
 #include "RibDynamicPrefixList/Cog.h"
+#include "Tessel/Holds.h"
 #include "Tessel/PolicyReasons.h"
 #include "Tessel/TraceLevels.h"
 #include "Tessel/UpdatePolicyMap.h"
@@ -21,7 +22,18 @@ using Tessel::traceHandler;
 namespace {
 Orb::TypeRegistration configSmType({"RibDynamicPrefixList::DynPfxConfigSm", {}, {}});
 Orb::TypeRegistration listType({"RibDynamicPrefixList::OrbDynamicPrefixList", {}, {}});
+
+/// The lists each reactor has sent since it last deleted them. The node is
+/// the agent's, not a VRF's, so the record is the process's.
+Tessel::Holds<Orb::Name>& sentLists() {
+  static Tessel::Holds<Orb::Name> holds;
+  return holds;
+}
 }  // namespace
+
+std::size_t dynamicPrefixListHolds() noexcept {
+  return sentLists().size();
+}
 
 Orb::Ptr<DynPfxConfigSm> dynPfxConfigSmFactory(DynPfxConfigSm::ConfigPtr const& config,
                                                DynPfxConfigSm::PolicyMapPtr const& policyMap) {
@@ -95,6 +107,15 @@ void DynPfxConfigSm::configDel() {
 
 void DynPfxConfigSm::policyMapDel() {
   policyMapNotifiee_.hasNotificationActiveIs(false);
+  // The match maps stay registered in the policy map given up, which the
+  // lists can no longer withdraw them from.
+  for (auto const& [name, list] : orbDynamicPrefixList_) {
+    if (list->prevMatchMapName().empty()) continue;
+    Tessel::policyMapHoldDel(list.get(), RoutingPolicyMap::policyTypeRouteMap,
+                             RoutingPolicyMap::pluginTypeRouting,
+                             RoutingPolicyMap::cliModeDynamicPrefixList, Tessel::pmapDynPfxMatchMap,
+                             name, policyMap_.get(), list->prevMatchMapName());
+  }
   policyMap_ = nullptr;
 }
 
@@ -149,6 +170,7 @@ void OrbDynamicPrefixList::handleDynamicPrefixListVersion() {
   prevMatchMapName_ = current;
   cogFactory()->doAddDynamicPrefixListEntry(name(), entry_->ipv4PrefixList(),
                                             entry_->ipv6PrefixList(), current);
+  sentLists().holdIs(name(), this);
 }
 
 void OrbDynamicPrefixList::handleMirrorConfigDelete() {
@@ -157,6 +179,13 @@ void OrbDynamicPrefixList::handleMirrorConfigDelete() {
                 << " Deleting DynamicPrefixList: " << name());
   updatePolicyMapMatchMap(RoutingPolicyMap::cliModeDynamicPrefixList, Tessel::pmapDynPfxMatchMap,
                           name(), std::exchange(prevMatchMapName_, Orb::String()), "");
+  // The delete goes also for a list this reactor never sent, as the engine
+  // may hold it from before; only a list another reactor (the successor of a
+  // machine being replaced) has sent stays.
+  if (sentLists().holdDel(name(), this)) {
+    ORB_TRACE(traceHandler, "dynamicPrefixList kept: another reactor has sent it");
+    return;
+  }
   cogFactory()->doDelDynamicPrefixList(name());
 }
 
@@ -174,14 +203,14 @@ void OrbDynamicPrefixList::updatePolicyMapMatchMap(CliMode mode, Orb::String con
   DynPfxConfigSm::PolicyMapPtr const& pmap = owner_->policyMap();
   if (!pmap) return;
   if (!currMatchMapName.empty()) {
-    Tessel::updatePolicyMap(RoutingPolicyMap::policyTypeRouteMap,
-                            RoutingPolicyMap::pluginTypeRouting, mode, configCli, configKey, pmap,
-                            currMatchMapName, false);
+    Tessel::updatePolicyMapFor(this, RoutingPolicyMap::policyTypeRouteMap,
+                               RoutingPolicyMap::pluginTypeRouting, mode, configCli, configKey,
+                               pmap, currMatchMapName, false);
   }
   if (!prevMatchMapName.empty() && prevMatchMapName != currMatchMapName) {
-    Tessel::updatePolicyMap(RoutingPolicyMap::policyTypeRouteMap,
-                            RoutingPolicyMap::pluginTypeRouting, mode, configCli, configKey, pmap,
-                            prevMatchMapName, true);
+    Tessel::updatePolicyMapFor(this, RoutingPolicyMap::policyTypeRouteMap,
+                               RoutingPolicyMap::pluginTypeRouting, mode, configCli, configKey,
+                               pmap, prevMatchMapName, true);
   }
 }
 

@@ -115,6 +115,9 @@ class ROTOR_API OrbDynamicPrefixList : public Orb::Reactor {
   bool initialized_ = false;
 };
 
+/// How many dynamic prefix lists some reactor has sent and not deleted.
+ROTOR_API std::size_t dynamicPrefixListHolds() noexcept;
+
 /// Makes the dynamic prefix-list reactor.
 ROTOR_API Orb::Ptr<DynPfxConfigSm> dynPfxConfigSmFactory(
     DynPfxConfigSm::ConfigPtr const& config, DynPfxConfigSm::PolicyMapPtr const& policyMap);

@@ -7,6 +7,7 @@
 #include "Orb/Trace.h"
 #include "Tessel/AclListConfigSm.h"
 #include "Tessel/Cog.h"
+#include "Tessel/Holds.h"
 #include "Tessel/TraceLevels.h"
 
 namespace Tessel {
@@ -16,19 +17,65 @@ using Acl::CommunityListEntry;
 
 // ---- OrbCommunityList
 
+namespace {
+
+/// One entry's set: the list's name and the entry's number.
+struct EntrySet {
+  Orb::Name list;
+  Orb::U32 seqno;
+  friend bool operator<(EntrySet const& a, EntrySet const& b) {
+    return a.list != b.list ? a.list < b.list : a.seqno < b.seqno;
+  }
+  Orb::HashValue hash(Orb::HashValue seed) const noexcept {
+    return Orb::hashFinish(Orb::hashMix(Orb::hashMix(seed, list.hash()), seqno));
+  }
+};
+
+/// Which list reactors hold each entry's set. Engine paths carry no VRF, so
+/// the record is the process's. Kept by name and number rather than by set
+/// name: two lists whose set names run together do delete each other's set.
+Holds<EntrySet>& entrySets() {
+  static Holds<EntrySet> holds;
+  return holds;
+}
+
+}  // namespace
+
+std::size_t communitySetHolds() noexcept {
+  return entrySets().size();
+}
+
 OrbCommunityList::OrbCommunityList(Orb::Ptr<CommunityList const> list, AclListConfigSm* owner)
     : list_(std::move(list)), owner_(owner), notifiee_(this, list_) {
   notifiee_.hasNotificationActiveIs(true);
-  // Entries present now are written by their own reactors; only entries seen
-  // to change later are noted in commSetName.
+  // Entries present now are written, and noted, by their own reactors.
   auto const& entries = list_->communityListEntry();
   communityListEntry_.delUnless([&](Orb::U32 seqno) { return entries.contains(seqno); });
   for (auto const& [seqno, entry] : entries)
     communityListEntryIs(entry);
 }
 
+OrbCommunityList::~OrbCommunityList() {
+  commSetNameDelAll();
+}
+
 L3::VrfName const& OrbCommunityList::vrfName() const noexcept {
   return owner_->vrfName();
+}
+
+void OrbCommunityList::commSetNameIs(Orb::U32 seqno, bool present) {
+  commSetName_.set(seqno, present);
+  entrySets().holdIs({name(), seqno}, this);
+}
+
+void OrbCommunityList::commSetNameDel(Orb::U32 seqno) {
+  if (commSetName_.erase(seqno)) entrySets().holdDel({name(), seqno}, this);
+}
+
+void OrbCommunityList::commSetNameDelAll() {
+  for (auto const& [seqno, present] : commSetName_)
+    entrySets().holdDel({name(), seqno}, this);
+  commSetName_.clear();
 }
 
 void OrbCommunityList::handleCommunityListEntry(Orb::U32 seqno) {
@@ -51,6 +98,11 @@ void OrbCommunityList::deleteListCommSets() {
                               << " name: " << name() << " vrf: " << vrfName());
   auto cog = cogFactory(vrfName());
   for (auto const& [seqno, present] : commSetName_) {
+    if (entrySets().holdDel({name(), seqno}, this)) {
+      ORB_TRACE(traceHandler,
+                "deleteListCommSets: seqno " << seqno << " kept, another list reactor holds it");
+      continue;
+    }
     Orb::String const setName = Cog::getCommunitySetName(name(), seqno);
     cog->doDelCommSet(setName, Acl::communityStandard);
     cog->doDelCommSet(setName, Acl::communityExtended);
@@ -109,6 +161,10 @@ void OrbCommunityListEntry::handleVersion() {
   cog->doAddCommunityListEntry(owner_->name(), *entry_);
   cog->refreshCommListUsersOf(owner_->name());
   cog->doCommit();
+  // The set is written: the list deletes it when it goes. Entries already
+  // there when the list reactor was made, and entries completed later, are
+  // noted by nothing else.
+  owner_->commSetNameIs(seqno(), true);
 }
 
 void OrbCommunityListEntry::EntryNotifiee::onOwnerAttribute(Orb::AttributeId attribute,

@@ -8,7 +8,8 @@
 // its reactor is made and at every version notification), its set, the entry
 // and its twin, the same refresh and a commit; an entry at version zero is
 // incomplete and sends nothing. When a list reactor goes, it deletes the sets
-// of the entries it has seen come or change since it was built.
+// of the entries it has written or seen come, but not those a list reactor
+// of the same name still holds (the successor of a machine being replaced).
 #pragma once
 
 #include "Acl/CommunityList.h"
@@ -25,6 +26,7 @@ class OrbCommunityListEntry;
 class ROTOR_API OrbCommunityList : public Orb::Reactor {
  public:
   OrbCommunityList(Orb::Ptr<Acl::CommunityList const> list, AclListConfigSm* owner);
+  ~OrbCommunityList() override;
 
   Orb::Ptr<Acl::CommunityList const> const& communityList() const noexcept { return list_; }
   Orb::Name const& name() const noexcept { return list_->name(); }
@@ -37,11 +39,14 @@ class ROTOR_API OrbCommunityList : public Orb::Reactor {
   /// Deletes the set of every entry noted in commSetName, as every kind.
   void deleteListCommSets();
 
-  /// Entries whose sets may be in the engine.
+  /// The entries whose sets this reactor has written (or seen present), so
+  /// that they can be deleted when the list goes. While a machine replaces
+  /// another, the list reactors of both may note the same entry; the one
+  /// that goes leaves the set to the other.
   Orb::HashMap<Orb::U32, bool> const& commSetName() const noexcept { return commSetName_; }
-  void commSetNameIs(Orb::U32 seqno, bool present) { commSetName_.set(seqno, present); }
-  void commSetNameDel(Orb::U32 seqno) { commSetName_.erase(seqno); }
-  void commSetNameDelAll() { commSetName_.clear(); }
+  void commSetNameIs(Orb::U32 seqno, bool present);
+  void commSetNameDel(Orb::U32 seqno);
+  void commSetNameDelAll();
 
   OrbCommunityListEntry* communityListEntry(Orb::U32 seqno) const {
     return communityListEntry_.find(seqno);
@@ -69,6 +74,9 @@ class ROTOR_API OrbCommunityList : public Orb::Reactor {
   Orb::ReactorColl<Orb::U32, OrbCommunityListEntry> communityListEntry_{this};
   Orb::HashMap<Orb::U32, bool> commSetName_;
 };
+
+/// How many entries' sets some list reactor holds.
+ROTOR_API std::size_t communitySetHolds() noexcept;
 
 class ROTOR_API OrbCommunityListEntry : public Orb::Reactor {
  public:

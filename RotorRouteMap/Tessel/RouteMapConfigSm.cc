@@ -310,17 +310,19 @@ void OrbSeqMapEntry::handleSubRouteMap() {
 }
 
 namespace {
-// Registers under `curr`, then withdraws from a different `prev`.
-void moveReference(RoutingPolicyMap::PolicyType type, CliMode mode, Orb::String const& configCli,
-                   Orb::String const& configKey, Orb::Ptr<RoutingPolicyMap::PolicyMap> const& pmap,
-                   Orb::String const& prev, Orb::String const& curr) {
+// Registers under `curr`, then withdraws from a different `prev`, on behalf
+// of `holder`.
+void moveReference(void const* holder, RoutingPolicyMap::PolicyType type, CliMode mode,
+                   Orb::String const& configCli, Orb::String const& configKey,
+                   Orb::Ptr<RoutingPolicyMap::PolicyMap> const& pmap, Orb::String const& prev,
+                   Orb::String const& curr) {
   if (!curr.empty()) {
-    updatePolicyMap(type, RoutingPolicyMap::pluginTypeRouting, mode, configCli, configKey, pmap,
-                    curr, false);
+    updatePolicyMapFor(holder, type, RoutingPolicyMap::pluginTypeRouting, mode, configCli,
+                       configKey, pmap, curr, false);
   }
   if (!prev.empty() && prev != curr) {
-    updatePolicyMap(type, RoutingPolicyMap::pluginTypeRouting, mode, configCli, configKey, pmap,
-                    prev, true);
+    updatePolicyMapFor(holder, type, RoutingPolicyMap::pluginTypeRouting, mode, configCli,
+                       configKey, pmap, prev, true);
   }
 }
 }  // namespace
@@ -335,7 +337,7 @@ void OrbSeqMapEntry::updatePolicyMapDpl(CliMode mode, Orb::String const& configC
             "currDplName)"
                 << " mode: " << Orb::U32(mode) << " configCli: " << configCli << " configKey: "
                 << configKey << " prevDplName: " << prevDplName << " currDplName: " << currDplName);
-  moveReference(RoutingPolicyMap::policyTypeDynamicPrefixList, mode, configCli, configKey,
+  moveReference(this, RoutingPolicyMap::policyTypeDynamicPrefixList, mode, configCli, configKey,
                 owner_->owner()->policyMap(), prevDplName, currDplName);
 }
 
@@ -350,7 +352,7 @@ void OrbSeqMapEntry::updatePolicyMapRouteMap(CliMode mode, Orb::String const& co
                 << " mode: " << Orb::U32(mode) << " configCli: " << configCli
                 << " configKey: " << configKey << " prevSubRmName: " << prevSubRmName
                 << " currSubRmName: " << currSubRmName);
-  moveReference(RoutingPolicyMap::policyTypeRouteMap, mode, configCli, configKey,
+  moveReference(this, RoutingPolicyMap::policyTypeRouteMap, mode, configCli, configKey,
                 owner_->owner()->policyMap(), prevSubRmName, currSubRmName);
 }
 

@@ -1,7 +1,15 @@
 // Writing one reason into the policy map.
 #include "Tessel/UpdatePolicyMap.h"
 
+#include <compare>
+#include <cstdint>
+#include <functional>
+#include <tuple>
+
 #include "Orb/Assert.h"
+#include "Orb/Trace.h"
+#include "Tessel/Holds.h"
+#include "Tessel/TraceLevels.h"
 
 namespace Tessel {
 
@@ -30,6 +38,33 @@ Collection collectionOf(RoutingPolicyMap::PolicyType type) {
   ORB_ASSERT(0 && "Invalid PolicyType");
   return {};
 }
+
+/// One reason under one name in one policy map.
+struct PolicyHold {
+  PolicyMap const* policyMap;
+  RoutingPolicyMap::PolicyType type;
+  Orb::String name;
+  RoutingPolicyMap::Requester reason;
+
+  friend bool operator<(PolicyHold const& a, PolicyHold const& b) {
+    if (a.policyMap != b.policyMap) return std::less<>()(a.policyMap, b.policyMap);
+    return std::tie(a.type, a.name, a.reason) < std::tie(b.type, b.name, b.reason);
+  }
+  Orb::HashValue hash(Orb::HashValue seed) const noexcept {
+    Orb::HashValue h = Orb::hashMix(seed, reinterpret_cast<std::uintptr_t>(policyMap));
+    h = Orb::hashMix(h, type);
+    h = Orb::hashMix(h, name.hash());
+    h = Orb::hashMix(h, reason.pluginType);
+    h = Orb::hashMix(h, reason.cliMode);
+    h = Orb::hashMix(h, reason.configCli.hash());
+    return Orb::hashFinish(Orb::hashMix(h, reason.configKey.hash()));
+  }
+};
+
+Holds<PolicyHold>& policyHolds() {
+  static Holds<PolicyHold> holds;
+  return holds;
+}
 }  // namespace
 
 void updatePolicyMap(RoutingPolicyMap::PolicyType type, RoutingPolicyMap::PluginType plugin,
@@ -48,6 +83,33 @@ void updatePolicyMap(RoutingPolicyMap::PolicyType type, RoutingPolicyMap::Plugin
   }
   if (!entry) entry = (policyMap.get()->*coll.add)(key);
   entry->reasonIs(reason);
+}
+
+void updatePolicyMapFor(void const* holder, RoutingPolicyMap::PolicyType type,
+                        RoutingPolicyMap::PluginType plugin, RoutingPolicyMap::CliMode mode,
+                        Orb::String const& configCli, Orb::String const& configKey,
+                        Orb::Ptr<PolicyMap> const& policyMap, Orb::String const& name, bool del) {
+  PolicyHold const hold{policyMap.get(), type, name, {plugin, mode, configCli, configKey}};
+  if (!del) {
+    policyHolds().holdIs(hold, holder);
+  } else if (policyHolds().holdDel(hold, holder)) {
+    ORB_TRACE(traceHandler, "updatePolicyMap: " << name << " keeps " << configCli << " for "
+                                                << configKey << ", held by another reactor");
+    return;
+  }
+  updatePolicyMap(type, plugin, mode, configCli, configKey, policyMap, name, del);
+}
+
+void policyMapHoldDel(void const* holder, RoutingPolicyMap::PolicyType type,
+                      RoutingPolicyMap::PluginType plugin, RoutingPolicyMap::CliMode mode,
+                      Orb::String const& configCli, Orb::String const& configKey,
+                      PolicyMap const* policyMap, Orb::String const& name) {
+  policyHolds().holdDel(PolicyHold{policyMap, type, name, {plugin, mode, configCli, configKey}},
+                        holder);
+}
+
+std::size_t policyMapHolds() noexcept {
+  return policyHolds().size();
 }
 
 }  // namespace Tessel

@@ -279,11 +279,6 @@ KnownDivergence const kKnown[] = {
      "an entry made at version zero refreshes no clause, yet a clause rebuilt since copies it "
      "into its private list",
      incompleteEntryCovers},
-    {"community-entry-set-not-noted",
-     "a community-list reactor deletes, when it goes, only the sets of the entries it saw come "
-     "or change; the sets of entries already there when it was built stay in the engine when "
-     "the list goes, or when they go while an input is away, until the entry is written again",
-     unnotedEntrySetCovers},
 };
 
 // The policy-map lines only one side holds that no known divergence covers,

@@ -107,33 +107,6 @@ bool sharedSetNameCovers(std::vector<Rib::PathElement> const& path, bool, World 
   return readings >= 2;
 }
 
-bool unnotedEntrySetCovers(std::vector<Rib::PathElement> const& path, bool incremental,
-                           World const& world) {
-  if (!incremental) return false;
-  bool isList = false;
-  std::string_view const name = communityObjectOf(path, isList);
-  if (isList || name.size() < 3 || name[0] != '.') return false;
-  // No reading of the name as list name and sequence number may name an
-  // entry that is configured and complete.
-  auto const& lists = world.shadow().aclListConfig->communityList();
-  bool readable = false;
-  for (std::size_t digits = name.size() - 1; digits > 1; --digits) {
-    char const c = name[digits];
-    if (c < '0' || c > '9') break;
-    readable = true;
-    auto const list = lists.find(Orb::Name(name.substr(1, digits - 1)));
-    if (list == lists.end()) continue;
-    std::string const number(name.substr(digits));
-    if (number.size() > 10) continue;
-    unsigned long const seqno = std::stoul(number);
-    if (seqno > 0xffffffffUL) continue;
-    // An entry made again at version zero is not written yet either.
-    auto const entry = list->second->communityListEntry(static_cast<Orb::U32>(seqno));
-    if (entry && entry->version() != 0) return false;
-  }
-  return readable;
-}
-
 bool leftClauseObjectCovers(std::vector<Rib::PathElement> const& path, bool incremental,
                             World const& world) {
   if (!incremental) return false;

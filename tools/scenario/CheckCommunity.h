@@ -13,12 +13,6 @@ namespace Scenario {
 /// both write ".a12"): whichever entry was written last holds it.
 bool sharedSetNameCovers(std::vector<Rib::PathElement> const& path, bool incremental,
                          World const& world);
-/// The set of an entry that no configured list holds complete, left on the
-/// incremental side: a list reactor notes only the entries it sees come or
-/// change, so the sets of entries present when it was built stay when the
-/// entry or the list goes with the reactor away, or the list goes.
-bool unnotedEntrySetCovers(std::vector<Rib::PathElement> const& path, bool incremental,
-                           World const& world);
 /// A private community list or set (".cl", ".cs", ".e", ".l") that no
 /// configured clause owns, left behind on the incremental side: a removed map
 /// or a clause removed from a sequence already sent is not cleaned up.

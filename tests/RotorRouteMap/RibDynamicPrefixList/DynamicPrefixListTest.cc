@@ -96,9 +96,10 @@ TEST_F(DynamicPrefixListTest, UnlistingDeletesItAndWithdrawsTheReason) {
   configure("M1");
   sent();
   trace.text.clear();
+  trace.text.clear();
   unlist();
   EXPECT_EQ(del, sent());
-  EXPECT_EQ("", state());
+  EXPECT_EQ("", state()) << trace.text;
   EXPECT_THAT(trace.text, ::testing::HasSubstr("dynamicPrefixList is deleted from policyMap"));
   list();
   EXPECT_EQ(add("P4", "P6", "M1"), sent()) << "listed again: sent again";
@@ -186,16 +187,25 @@ TEST_F(DynamicPrefixListTest, ListedRouteMapListsTheListAndItsMatchMapInTurn) {
   EXPECT_EQ("", state());
 }
 
-// The new machine replays before the old one retires, and a retiring list
-// deletes itself: the engine ends without the list until its next version.
-TEST_F(DynamicPrefixListTest, ReplacedMachinerySendsTheOldOnesDeleteLast) {
+// The new machine replays before the old one retires. The retiring list
+// leaves the engine node and the match-map reason to its successor, which
+// sent and registered them; an unlisted one still deletes itself last.
+TEST_F(DynamicPrefixListTest, ReplacedMachineryLeavesWhatTheNewOneSent) {
   list();
   configure("M1");
   sent();
   root->aclConfigIs(Acl::Config::create("acl2"));
   std::string const stream = sent();
-  EXPECT_EQ(add("P4", "P6", "M1") + del, stream.substr(stream.find("addDynamicPrefixList")));
-  EXPECT_EQ(listedLine, state());
+  EXPECT_EQ(add("P4", "P6", "M1"), stream.substr(stream.find("addDynamicPrefixList")));
+  EXPECT_EQ(matchMapRef("M1") + listedLine, state());
+
+  trace.text.clear();
+  unlist();
+  EXPECT_EQ(del, sent());
+  EXPECT_EQ("", state()) << trace.text;
+  root->aclConfigIs(aclConfig);
+  std::string const again = sent();
+  EXPECT_EQ(del, again.substr(again.size() - del.size())) << "configured, not listed: " << again;
 }
 
 TEST_F(DynamicPrefixListTest, CommandObjectNeedsNoRootOrVrf) {

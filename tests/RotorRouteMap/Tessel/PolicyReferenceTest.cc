@@ -183,13 +183,19 @@ TEST_F(PolicyReferenceTest, DeletedMapAndTornDownMachineryWithdrawTheirReference
             state());
 }
 
-// A replaced machine replays before the old one retires, and reasons are a
-// set: the old sequences' withdrawals take the new ones' registrations along.
-TEST_F(PolicyReferenceTest, ReplacedMachineryRetiresAfterTheNewOneRegistered) {
+// A replaced machine replays before the old one retires. The old sequences
+// withdraw nothing the new ones registered, whose previous names stay true:
+// a later change moves the reference as on a fresh start.
+TEST_F(PolicyReferenceTest, ReplacedMachineryLeavesTheNewOnesReferences) {
   list("A");
   seq("A", 10)->subRouteMapIs("B");
   root->aclConfigIs(Acl::Config::create("acl2"));
+  EXPECT_EQ("routeMap \"A\"" + agentLine + subRef("B", "A"), state());
+  seq("A", 10)->subRouteMapIs("C");
+  EXPECT_EQ("routeMap \"A\"" + agentLine + subRef("C", "A"), state());
+  root->aclConfigIs(nullptr);
   EXPECT_EQ("routeMap \"A\"" + agentLine, state());
+  EXPECT_EQ(0u, Tessel::policyMapHolds()) << "every hold goes with its reactor";
 }
 
 TEST_F(PolicyReferenceTest, ReferencesSendNoEngineCommands) {
