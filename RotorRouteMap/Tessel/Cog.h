@@ -228,6 +228,12 @@ class ROTOR_API Cog : public Orb::Object {
   /// Forgets every use the sequence made of any community list, dropping the
   /// lists no sequence uses any more from the index.
   void delRmFromCommListUsers(Orb::String const& mapName, U32 seqno);
+  /// After `map` was sent whole as `mapName`: forgets the uses recorded for
+  /// `mapName` that the map no longer makes (a sequence gone, a clause
+  /// turned off or given another set), so that only the clauses the engine
+  /// has now are rebuilt when a list changes. With a null map (the map went)
+  /// forgets all of them. Sends nothing.
+  void delStaleRmFromCommListUsers(Orb::String const& mapName, Routing::RouteMap::Map const* map);
   /// Rebuilds every clause recorded as a user of `listName`, in the index's
   /// hash order.
   void refreshCommListUsersOf(Orb::String const& listName);

@@ -1,8 +1,12 @@
 // Community clauses of route-map sequences: the private community lists that
 // set clauses copy from their values or from named lists, the index of which
 // clause copied which list, and the community matches.
+#include <algorithm>
+#include <initializer_list>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "Orb/Assert.h"
 #include "Orb/Trace.h"
@@ -25,6 +29,33 @@ Acl::CommSetFlag trackedFlagOf(Acl::CommSetFlag flag) {
 
 CommListUsers* commListUsersOfRoot() {
   return rmRoot ? rmRoot->commListUsers().get() : nullptr;
+}
+
+// Takes the keys out of the collection of `list`; a collection left without
+// a clause leaves the index.
+void forgetIn(CommListUsers& users, Orb::Name const& list,
+              std::initializer_list<MapEntryCommSetClause const*> keys) {
+  Orb::Ptr<CommSetClauseMapEntryColl> const coll = users.commListUser(list);
+  if (!coll) return;
+  for (MapEntryCommSetClause const* key : keys)
+    coll->commSetClauseDel(*key);
+  if (!coll->commSetClause().empty()) return;
+  ORB_TRACE(traceCommand, " community-list is not longer used by any route-map:"
+                              << coll->name() << " removing from the tracking structure");
+  users.commListUserDel(coll->name());
+}
+
+// The set of the clause `key` stands for, as `map` has it now; null when the
+// map has no such clause.
+Orb::Ptr<CommunitySet const> clauseSetOf(Routing::RouteMap::Map const& map,
+                                         MapEntryCommSetClause const& key) {
+  using Flags = Routing::RouteMap::MapEntry::SetFlags;
+  auto const entry = map.mapEntry(key.mapSeqno());
+  if (!entry) return nullptr;
+  bool const del = key.flag() == Acl::commSetDelete_;
+  if (!entry->setFlags().has(del ? Flags::communityDelete : Flags::communityAddReplace))
+    return nullptr;
+  return del ? entry->communityDelete() : entry->communityAddReplace();
 }
 
 // "A B" becomes ".exact.A .exact.B".
@@ -219,16 +250,45 @@ void Cog::delRmFromCommListUsers(Orb::String const& mapName, U32 seqno) {
   }
   MapEntryCommSetClause const added(mapName, seqno, Acl::commSetAdd_);
   MapEntryCommSetClause const deleted(mapName, seqno, Acl::commSetDelete_);
-  auto const& colls = users->commListUser();
-  for (auto it = colls.begin(); it != colls.end();) {
-    Orb::Ptr<CommSetClauseMapEntryColl> const coll = it->second;
-    ++it;  // the collection may leave the index below
-    coll->commSetClauseDel(added);
-    coll->commSetClauseDel(deleted);
-    if (!coll->commSetClause().empty()) continue;
-    ORB_TRACE(traceCommand, " community-list is not longer used by any route-map:"
-                                << coll->name() << " removing from the tracking structure");
-    users->commListUserDel(coll->name());
+  // Only the lists the sequence stands under, in name order, as a walk of
+  // the whole index meets them: the cost follows the sequence, not the index.
+  std::vector<Orb::Name> lists;
+  for (MapEntryCommSetClause const* key : {&added, &deleted}) {
+    if (auto const* under = users->listsOf(*key))
+      lists.insert(lists.end(), under->begin(), under->end());
+  }
+  std::sort(lists.begin(), lists.end());
+  lists.erase(std::unique(lists.begin(), lists.end()), lists.end());
+  for (Orb::Name const& list : lists)
+    forgetIn(*users, list, {&added, &deleted});
+}
+
+void Cog::delStaleRmFromCommListUsers(Orb::String const& mapName,
+                                      Routing::RouteMap::Map const* map) {
+  CommListUsers* users = commListUsersOfRoot();
+  if (!users) return;
+  // Found first, forgotten after: forgetting changes the index.
+  std::vector<std::pair<MapEntryCommSetClause, Orb::Name>> stale;
+  auto const& clauses = users->clauseLists();
+  for (auto it = users->firstClauseOf(mapName);
+       it != clauses.end() && it->first.mapName() == mapName; ++it) {
+    MapEntryCommSetClause const& key = it->first;
+    Orb::Ptr<CommunitySet const> const current = map ? clauseSetOf(*map, key) : nullptr;
+    for (Orb::Name const& list : it->second) {
+      // A clause the send recorded holds the set the map has now.
+      auto const coll = users->commListUser(list);
+      auto const* record = coll ? coll->commSetClause(key) : nullptr;
+      if (current && record && record->commSet() == current) continue;
+      stale.emplace_back(key, list);
+    }
+  }
+  for (auto const& [key, list] : stale) {
+    ORB_TRACE(traceCommand,
+              "void Tessel::Cog::delStaleRmFromCommListUsers(Orb::String const& "
+              "mapName, Routing::RouteMap::Map const* map)"
+                  << ": map=" << mapName << " seqno=" << key.mapSeqno()
+                  << " flag=" << Acl::valueToStrep(key.flag()) << " list=" << list);
+    forgetIn(*users, list, {&key});
   }
 }
 

@@ -1,6 +1,8 @@
 // Maintenance and notification of the community-list user index.
 #include "Tessel/CommListUsers.h"
 
+#include <algorithm>
+
 #include "Orb/TypeRegistry.h"
 
 namespace Tessel {
@@ -25,12 +27,17 @@ void CommSetClauseMapEntryColl::commSetClauseIs(CommSetClauseInMapEntry const& r
     *existing = record;
   } else {
     records_.insert(key, record);
+    if (users_) users_->clauseListed(name(), key);
   }
   notify(commSetClause_, Orb::Key::of(key));
 }
 
 void CommSetClauseMapEntryColl::commSetClauseDel(MapEntryCommSetClause const& key) {
-  if (records_.erase(key)) notify(commSetClause_, Orb::Key::of(key));
+  // A copy: `key` may be the record's own, which goes below.
+  MapEntryCommSetClause const gone = key;
+  if (!records_.erase(gone)) return;
+  if (users_) users_->clauseUnlisted(name(), gone);
+  notify(commSetClause_, Orb::Key::of(gone));
 }
 
 void CommSetClauseMapEntryColl::commSetClauseDelAll() {
@@ -51,6 +58,7 @@ Orb::Ptr<CommSetClauseMapEntryColl> CommListUsers::commListUserIs(Orb::Name cons
   if (auto* p = colls_.get(listName)) return *p;
   Orb::Ptr<CommSetClauseMapEntryColl> coll = commSetClauseMapEntryCollFactory(listName);
   coll->parentIs(this);
+  coll->users_ = this;
   colls_.set(listName, coll);
   notify(commListUser_, Orb::Key(listName));
   return coll;
@@ -62,6 +70,9 @@ Orb::Ptr<CommSetClauseMapEntryColl> CommListUsers::commListUserDel(Orb::Name con
   if (!p) return nullptr;
   Orb::Ptr<CommSetClauseMapEntryColl> coll = *p;
   colls_.erase(listName);
+  for (auto const& [key, record] : coll->commSetClause())
+    clauseUnlisted(listName, key);
+  coll->users_ = nullptr;
   coll->parentIs(nullptr);
   notify(commListUser_, Orb::Key(listName));
   return coll;
@@ -75,6 +86,26 @@ Orb::Ptr<CommSetClauseMapEntryColl> CommListUsers::commListUserDel(Colls::const_
 void CommListUsers::commListUserDelAll() {
   while (!colls_.empty())
     commListUserDel(colls_.begin()->first);
+}
+
+CommListUsers::ClauseLists::const_iterator CommListUsers::firstClauseOf(
+    Orb::String const& mapName) const {
+  // The least key of the map: sequence 0, and the flag that is least as a
+  // signed number.
+  return clauseLists_.lowerBound(
+      MapEntryCommSetClause(mapName, 0, static_cast<Acl::CommSetFlag>(0x80000000u)));
+}
+
+void CommListUsers::clauseListed(Orb::Name const& list, MapEntryCommSetClause const& key) {
+  std::vector<Orb::Name>& lists = clauseLists_.insert(key, std::vector<Orb::Name>()).first->second;
+  lists.insert(std::lower_bound(lists.begin(), lists.end(), list), list);
+}
+
+void CommListUsers::clauseUnlisted(Orb::Name const& list, MapEntryCommSetClause const& key) {
+  std::vector<Orb::Name>* lists = clauseLists_.get(key);
+  if (!lists) return;
+  std::erase(*lists, list);
+  if (lists->empty()) clauseLists_.erase(key);
 }
 
 }  // namespace Tessel

@@ -9,6 +9,8 @@
 
 namespace Tessel {
 
+class CommListUsers;
+
 class ROTOR_API CommSetClauseMapEntryColl : public Orb::Entity {
  public:
   enum Attribute : Orb::AttributeId {
@@ -32,8 +34,12 @@ class ROTOR_API CommSetClauseMapEntryColl : public Orb::Entity {
 
  private:
   friend Orb::Ptr<CommSetClauseMapEntryColl> commSetClauseMapEntryCollFactory(Orb::Name name);
+  friend class CommListUsers;
   explicit CommSetClauseMapEntryColl(Orb::Name name) : Entity(std::move(name)) {}
   Records records_;
+  /// The index that holds this collection, told of every clause that comes
+  /// or goes; null while the collection stands alone.
+  CommListUsers* users_ = nullptr;
 };
 
 /// A new, empty collection for the community list `name`.

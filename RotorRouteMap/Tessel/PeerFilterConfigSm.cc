@@ -43,6 +43,9 @@ void PeerFilterConfigSm::handlePeerFilter(Orb::String const& name) {
   auto cog = cogFactory(vrfName_);
   cog->doDeleteRouteMap(engineName(name));
   cog->doCommit();
+  // The insertion recorded the filter's clauses as list users; with the
+  // filter gone, a change of a list must not rebuild them.
+  cog->delStaleRmFromCommListUsers(engineName(name), nullptr);
 }
 
 void PeerFilterConfigSm::peerFilterIs(Orb::Ptr<Map const> const& map) {
@@ -91,6 +94,9 @@ void OrbPeerFilter::handleMapVersion() {
   cog->doCommit();
   cog->doInsertRouteMap(map_, engineName);
   cog->doCommit();
+  // Without a clean-up of its own, a filter's clauses are recorded anew by
+  // each send; the ones it no longer has go here.
+  cog->delStaleRmFromCommListUsers(engineName, map_.get());
 }
 
 void OrbPeerFilter::MapNotifiee::onOwnerAttribute(Orb::AttributeId attribute, Orb::Key const&) {

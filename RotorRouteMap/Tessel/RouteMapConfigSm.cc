@@ -75,6 +75,9 @@ void RouteMapConfigSm::handleRouteMap(Orb::String const& name) {
   auto cog = cogFactory(vrfName_);
   cog->doDeleteRouteMap(name);
   cog->doCommit();
+  // The map's clauses are no users of any list now; recorded, they would
+  // bring its private lists back at the next change of one.
+  cog->delStaleRmFromCommListUsers(name, nullptr);
 }
 
 void RouteMapConfigSm::handlePolicyMapRouteMap(Orb::String const& name) {
@@ -162,6 +165,10 @@ void OrbRouteMap::handleMapVersion() {
   cog->doCommit();
   cog->doInsertRouteMap(map_, name());
   cog->doCommit();
+  // The insert recorded the clauses the map has now. A clause it no longer
+  // has stays recorded when its sequence was not seen to change since the
+  // last version, and a change of its old list would apply that list again.
+  cog->delStaleRmFromCommListUsers(name(), map_.get());
 }
 
 void OrbRouteMap::handleSeqno(Orb::U32 seqno) {

@@ -41,6 +41,11 @@ void VrfStatusSm::handleInitialized() {
   // The reactors serve the VRF of the current root, which the engine paths
   // are checked against.
   L3::VrfName vrfName = rmRoot ? rmRoot->vrfName() : vrfName_;
+  // The user index follows what this machine sends: it records every clause
+  // afresh as it replays the maps, so what a machine before it recorded goes
+  // (maps and clauses removed or changed while it was away included).
+  if (CommListUsers* users = rmRoot ? rmRoot->commListUsers().get() : nullptr)
+    users->commListUserDelAll();
   routeMapConfigSmIs(routeMapConfig_, vrfName, policyMap_);
   peerFilterConfigSmIs(peerFilterConfig_, vrfName);
   aclListConfigSmIs(aclListConfig_, vrfName);

@@ -4,8 +4,11 @@
 
 #include <algorithm>
 #include <charconv>
+#include <map>
 #include <optional>
+#include <set>
 #include <sstream>
+#include <tuple>
 #include <vector>
 
 #include "Tessel/CommListUsers.h"
@@ -79,116 +82,32 @@ bool owned(Scenario::World const& world, RoutingPolicyMap::PolicyType type, Orb:
   return rule && rule->strValue.view() == name.view();
 }
 
-}  // namespace
-
-bool Watch::reactorsAlive(Scenario::World const& world) {
-  for (std::size_t i = 0; i < Scenario::inputCount; ++i) {
-    if (!world.inputPresent(Scenario::Input(i))) return false;
+/// The route map, or peer filter under its engine name, called `name`.
+Routing::RouteMap::Map const* mapOf(Scenario::World const& world, std::string_view name) {
+  if (name.starts_with(kPeerFilterPrefix)) {
+    name.remove_prefix(kPeerFilterPrefix.size());
+    return world.live().peerFilterConfig->peerFilter(Orb::Name(name)).get();
   }
-  return true;
+  return world.live().routeMapConfig->routeMap(Orb::Name(name)).get();
 }
 
-namespace {
-
-/// The standard community clauses of `map`'s sequences that name lists, into
-/// `out` under the map's engine name.
-template <class Uses>
-void addUses(std::map<std::pair<std::string, unsigned>, Uses>& out, std::string const& name,
-             Routing::RouteMap::Map const& map) {
-  for (auto const& [seqno, entry] : map.mapEntry()) {
-    Uses& uses = out[{name, seqno}];
-    auto const flags = entry->setFlags();
-    if (flags.has(Flags::communityAddReplace)) {
-      for (Orb::Name const& list : entry->communityAddReplace()->listNames())
-        uses.emplace(3, list.str());
-    }
-    if (flags.has(Flags::communityDelete)) {
-      for (Orb::Name const& list : entry->communityDelete()->listNames())
-        uses.emplace(1, list.str());
-    }
-  }
+/// The set of the clause `flag` of sequence `seqno`, when it is on.
+Orb::Ptr<Routing::RouteMap::CommunitySet const> clauseSet(Routing::RouteMap::Map const& map,
+                                                          unsigned seqno, unsigned flag) {
+  auto const entry = map.mapEntry(seqno);
+  if (!entry) return nullptr;
+  bool const del = flag == Acl::commSetDelete_;
+  if (!entry->setFlags().has(del ? Flags::communityDelete : Flags::communityAddReplace))
+    return nullptr;
+  return del ? entry->communityDelete() : entry->communityAddReplace();
 }
 
-}  // namespace
-
-Watch::Snapshot Watch::snapshotOf(Scenario::World const& world) {
-  Snapshot out;
-  for (auto const& [mapName, map] : world.shadow().routeMapConfig->routeMap()) {
-    out.maps.insert(mapName.str());
-    addUses(out.uses, mapName.str(), *map);
-  }
-  for (auto const& [name, filter] : world.shadow().peerFilterConfig->peerFilter())
-    addUses(out.filterUses, std::string(kPeerFilterPrefix) + name.str(), *filter);
-  return out;
+std::string clauseText(std::string const& list, std::string const& map, unsigned seqno,
+                       unsigned flag) {
+  return list + ": " + map + " seq " + std::to_string(seqno) + " flag " + std::to_string(flag);
 }
 
-void Watch::record(std::set<Record>& into, std::map<Sequence, Uses> const& uses,
-                   std::string const& map) {
-  for (auto it = uses.lower_bound({map, 0}); it != uses.end() && it->first.first == map; ++it) {
-    for (auto const& [flag, list] : it->second)
-      into.emplace(list, map, it->first.second, flag);
-  }
-}
-
-void Watch::forget(Sequence const& seq) {
-  std::erase_if(expected_, [&](Record const& r) {
-    return std::get<1>(r) == seq.first && std::get<2>(r) == seq.second;
-  });
-}
-
-void Watch::before(Scenario::World const& world) {
-  before_ = snapshotOf(world);
-  aliveBefore_ = reactorsAlive(world);
-}
-
-void Watch::after(Scenario::World const& world, Scenario::Statement const& statement) {
-  bool const alive = reactorsAlive(world);
-  Snapshot const now = snapshotOf(world);
-  if (!alive) {
-    // The reactors went, and with them what they noted; the index stays.
-    noted_.clear();
-    return;
-  }
-  if (!aliveBefore_) {
-    // New reactors send every map whole and note every sequence, cleaning
-    // nothing up.
-    for (auto const& [seq, uses] : now.filterUses)
-      record(filterRecords_, now.filterUses, seq.first);
-    for (std::string const& map : now.maps) {
-      record(expected_, now.uses, map);
-      auto& noted = noted_[map];
-      for (auto it = now.uses.lower_bound({map, 0}); it != now.uses.end() && it->first.first == map;
-           ++it)
-        noted.insert(it->first.second);
-    }
-    return;
-  }
-  // A map removed takes its reactor and nothing of the index; a map made is
-  // sent while still empty.
-  for (std::string const& map : before_.maps) {
-    if (!now.maps.contains(map)) noted_.erase(map);
-  }
-  for (auto const& [seq, uses] : before_.uses) {
-    if (now.uses.contains(seq) || !now.maps.contains(seq.first)) continue;
-    forget(seq);
-    noted_[seq.first].erase(seq.second);
-  }
-  for (auto const& [seq, uses] : now.uses) {
-    if (!before_.uses.contains(seq)) noted_[seq.first].insert(seq.second);
-  }
-  auto const& e = statement.effect;
-  if (e.kind == Scenario::Effect::Kind::sent && e.object == Scenario::ObjectKind::routeMap) {
-    std::string const map = e.name.str();
-    for (unsigned seqno : std::exchange(noted_[map], {}))
-      forget({map, seqno});
-    record(expected_, now.uses, map);
-  }
-  // A peer filter's version sends it whole, with no clean-up before.
-  if (e.kind == Scenario::Effect::Kind::sent && e.object == Scenario::ObjectKind::peerFilter)
-    record(filterRecords_, now.filterUses, std::string(kPeerFilterPrefix) + e.name.str());
-}
-
-void Watch::policyOwners(Scenario::World const& world, std::string& out) const {
+void policyOwners(Scenario::World const& world, std::string& out) {
   PolicyMap const& live = *world.live().policyMap;
   auto walk = [&](RoutingPolicyMap::PolicyType type, PolicyMap::Requesters const& coll) {
     for (auto const& [name, requester] : coll) {
@@ -210,76 +129,59 @@ void Watch::policyOwners(Scenario::World const& world, std::string& out) const {
   walk(RoutingPolicyMap::policyTypeRedistributedDynPfx, live.redistributedDynPfx());
 }
 
-void Watch::commListUsers(Scenario::World const& world, std::string& out) {
+void commListUsers(Scenario::World const& world, std::string& out) {
   Tessel::Root const* root = Tessel::rmRoot.get();
   if (!root || !root->commListUsers()) {
     out += "the root holds no community-list user index\n";
     return;
   }
-  Snapshot const now = snapshotOf(world);
-  std::set<Record> held;
-  std::set<Record> heldFilters;
-  for (auto const& [listName, coll] : root->commListUsers()->commListUser()) {
+  Tessel::CommListUsers const& users = *root->commListUsers();
+  std::set<std::tuple<std::string, std::string, unsigned, unsigned>> held;
+  std::map<Tessel::MapEntryCommSetClause, std::vector<Orb::Name>> lists;
+  for (auto const& [listName, coll] : users.commListUser()) {
     std::string const list = listName.str();
     if (coll->commSetClause().empty()) out += "the index keeps " + list + " without a clause\n";
     for (auto const& [key, record] : coll->commSetClause()) {
       std::string const map = key.mapName().str();
       unsigned const flag = static_cast<unsigned>(key.flag());
-      std::string const what = list + ": " + map + " seq " + std::to_string(key.mapSeqno()) +
-                               " flag " + std::to_string(flag);
-      if (!record.commSet() || !record.commSet()->listNames().contains(listName)) {
-        out += "the index holds " + what + " under a set that does not name the list\n";
+      lists[key].push_back(listName);
+      held.emplace(list, map, key.mapSeqno(), flag);
+      auto const* configured = mapOf(world, map);
+      auto const set = configured ? clauseSet(*configured, key.mapSeqno(), flag) : nullptr;
+      if (!set || set != record.commSet() || !set->listNames().contains(listName)) {
+        out += "the index holds " + clauseText(list, map, key.mapSeqno(), flag) +
+               ", which the configuration does not have\n";
       }
-      Record const r{list, map, key.mapSeqno(), flag};
-      // Peer filters are sent through the route-map insertion, which records
-      // their clauses, but have no clean-up at all: every clause a send
-      // recorded stays.
-      if (map.starts_with(kPeerFilterPrefix)) {
-        heldFilters.insert(r);
-        if (!filterRecords_.contains(r)) {
-          out += "the index holds " + what + ", which no send of the peer filter recorded\n";
-        } else if (auto const it = now.filterUses.find({map, key.mapSeqno()});
-                   it == now.filterUses.end() || !it->second.contains({flag, list})) {
-          ++excused_[kPeerFilterClausesKept];
+    }
+  }
+  auto const& back = users.clauseLists();
+  if (back.size() != lists.size() ||
+      !std::equal(back.begin(), back.end(), lists.begin(), [](auto const& a, auto const& b) {
+        return a.first == b.first && a.second == b.second;
+      })) {
+    out += "the index's way back from clauses to lists disagrees with its collections\n";
+  }
+  auto expect = [&](std::string const& engineName, Routing::RouteMap::Map const& map) {
+    for (auto const& [seqno, entry] : map.mapEntry()) {
+      for (unsigned flag : {unsigned(Acl::commSetAdd_), unsigned(Acl::commSetDelete_)}) {
+        auto const set = clauseSet(map, seqno, flag);
+        if (!set) continue;
+        for (Orb::Name const& list : set->listNames()) {
+          if (held.contains({list.str(), engineName, seqno, flag})) continue;
+          out += "the index misses " + clauseText(list.str(), engineName, seqno, flag) + "\n";
         }
-        continue;
-      }
-      held.insert(r);
-      if (!expected_.contains(r)) {
-        out += "the index holds " + what + ", which the library would have removed\n";
-        continue;
-      }
-      // Kept on purpose: a version cleans up only the sequences noted since
-      // the last one, and a removed map or a new reactor cleans up nothing.
-      auto const it = now.uses.find({map, key.mapSeqno()});
-      if (it == now.uses.end() || !it->second.contains({flag, list}))
-        ++excused_[kCommunityListUserStale];
-    }
-  }
-  for (auto const& [list, map, seqno, flag] : expected_) {
-    if (held.contains({list, map, seqno, flag})) continue;
-    out += "the index misses " + list + ": " + map + " seq " + std::to_string(seqno) + " flag " +
-           std::to_string(flag) + "\n";
-  }
-  for (auto const& r : filterRecords_) {
-    if (heldFilters.contains(r)) continue;
-    out += "the index misses " + std::get<0>(r) + ": " + std::get<1>(r) + " seq " +
-           std::to_string(std::get<2>(r)) + " flag " + std::to_string(std::get<3>(r)) + "\n";
-  }
-  // Whatever was kept, every clause as settled is recorded.
-  for (auto const* all : {&now.uses, &now.filterUses}) {
-    for (auto const& [seq, uses] : *all) {
-      for (auto const& [flag, list] : uses) {
-        Record const r{list, seq.first, seq.second, flag};
-        if (held.contains(r) || heldFilters.contains(r)) continue;
-        out += "the index misses the settled clause " + list + ": " + seq.first + " seq " +
-               std::to_string(seq.second) + " flag " + std::to_string(flag) + "\n";
       }
     }
-  }
+  };
+  for (auto const& [name, map] : world.live().routeMapConfig->routeMap())
+    expect(name.str(), *map);
+  for (auto const& [name, filter] : world.live().peerFilterConfig->peerFilter())
+    expect(std::string(kPeerFilterPrefix) + name.str(), *filter);
 }
 
-std::string Watch::broken(Scenario::World const& world) {
+}  // namespace
+
+std::string broken(Scenario::World const& world) {
   std::string out;
   policyOwners(world, out);
   commListUsers(world, out);

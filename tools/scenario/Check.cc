@@ -267,10 +267,6 @@ KnownDivergence const kKnown[] = {
      "a removed route map, or a community clause removed from a sequence already sent, leaves "
      "its private community lists and sets in the engine",
      leftClauseObjectCovers},
-    {"community-list-user-stale",
-     "a sequence stays recorded as a user of a community list under the set it had when first "
-     "sent; a change of that list rebuilds the clause from that set",
-     staleListUserCovers},
     {"community-list-removed-while-away",
      "a community list or entry removed while an input was taken away stays in the engine, with "
      "its exact twin: the new reactor only sends what is there",

@@ -65,30 +65,6 @@ void addOwnedNames(std::set<std::string>& names, std::string const& map, MapEntr
   if (flags.has(MapEntry::SetFlags::largeCommunity)) names.insert(".l" + seq);
 }
 
-/// The live sequences whose recorded use of a community list no longer
-/// matches the clause they have, as "map seqno".
-std::set<std::pair<std::string, Orb::U32>> staleUsers(World const& world) {
-  std::set<std::pair<std::string, Orb::U32>> out;
-  if (!Tessel::rmRoot || !Tessel::rmRoot->commListUsers()) return out;
-  auto const& config = world.live().routeMapConfig;
-  for (auto const& [listName, coll] : Tessel::rmRoot->commListUsers()->commListUser()) {
-    for (auto const& [key, record] : coll->commSetClause()) {
-      auto map = config->routeMap(Orb::Name(key.mapName()));
-      auto entry = map ? map->mapEntry(key.mapSeqno()) : nullptr;
-      bool current = false;
-      if (entry) {
-        bool const del = key.flag() == Acl::commSetDelete_;
-        auto const bit =
-            del ? MapEntry::SetFlags::communityDelete : MapEntry::SetFlags::communityAddReplace;
-        auto const& set = del ? entry->communityDelete() : entry->communityAddReplace();
-        current = entry->setFlags().has(bit) && set == record.commSet();
-      }
-      if (!current) out.insert({key.mapName().str(), key.mapSeqno()});
-    }
-  }
-  return out;
-}
-
 }  // namespace
 
 bool sharedSetNameCovers(std::vector<Rib::PathElement> const& path, bool, World const& world) {
@@ -119,27 +95,6 @@ bool leftClauseObjectCovers(std::vector<Rib::PathElement> const& path, bool incr
       addOwnedNames(owned, mapName.str(), *entry);
   }
   return !owned.contains(std::string(name));
-}
-
-bool staleListUserCovers(std::vector<Rib::PathElement> const& path, bool, World const& world) {
-  auto const stale = staleUsers(world);
-  if (stale.empty()) return false;
-  // The sequence's set node: [512 576="M" 577 578=S 601].
-  if (path.size() >= 5 && isPath(path[0], 512) && path[1].kind == Kind::stringKey &&
-      path[1].tag == 576 && isPath(path[2], 577) && path[3].kind == Kind::u32Key &&
-      isPath(path[4], 601)) {
-    return stale.contains({path[1].text.str(), path[3].number});
-  }
-  bool isList = false;
-  std::string_view const name = communityObjectOf(path, isList);
-  if (!name.starts_with(".cl") && !name.starts_with(".cs")) return false;
-  for (auto const& [map, seqno] : stale) {
-    std::string const seq = map + std::to_string(seqno);
-    for (char const* v : {"ar", "del"}) {
-      if (name == ".cl" + seq + v || name == ".cs" + seq + v) return true;
-    }
-  }
-  return false;
 }
 
 bool incompleteEntryCovers(std::vector<Rib::PathElement> const& path, bool, World const& world) {

@@ -18,11 +18,6 @@ bool sharedSetNameCovers(std::vector<Rib::PathElement> const& path, bool increme
 /// or a clause removed from a sequence already sent is not cleaned up.
 bool leftClauseObjectCovers(std::vector<Rib::PathElement> const& path, bool incremental,
                             World const& world);
-/// The set node and private objects of a sequence still recorded as a user
-/// of a list with a set it no longer has: a refresh of that list rebuilds
-/// the clause from the old set.
-bool staleListUserCovers(std::vector<Rib::PathElement> const& path, bool incremental,
-                         World const& world);
 /// An entry of a clause's private list copied from a configured entry still
 /// at version zero: making the entry refreshes no clause, so only clauses
 /// rebuilt since hold it.

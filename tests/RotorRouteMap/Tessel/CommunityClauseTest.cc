@@ -286,4 +286,81 @@ TEST_F(ReactorCleanUpTest, ResendCleansUpTheSequencesSeenSinceTheLastOne) {
       << "the insert records the users again";
 }
 
+// From the second version on, the map's reactor notes no sequence it has not
+// seen come, so the literal clean-up forgets nothing; the index still drops a
+// clause switched to another list or turned off, or a change of the old list
+// would apply it to the sequence again. A version with nothing stale forgets
+// nothing and traces nothing more.
+TEST_F(ReactorCleanUpTest, ClauseSwitchedAwayFromAListIsNoLongerItsUser) {
+  map->versionInc();
+  trace.text.clear();
+  map->versionInc();
+  EXPECT_THAT(trace.text, Not(HasSubstr("delStaleRmFromCommListUsers")));
+  map->mapEntry(10)->communityAddReplaceIs(listsSet(Acl::commSetAdd_, {"B"}));
+  map->mapEntry(20)->setFlagIs(Routing::RouteMap::MapEntry::SetFlags::communityAddReplace, false);
+  map->versionInc();
+  EXPECT_EQ(nullptr, users().commListUser("A"));
+  EXPECT_THAT(usersOf("B"), testing::ElementsAre("R 10 3"));
+  EXPECT_THAT(trace.text, HasSubstr("\n7  community-list is not longer used by any route-map:A "
+                                    "removing from the tracking structure"));
+  sent();
+  aclListConfig->communityListIs("A");
+  EXPECT_THAT(sent(), Not(HasSubstr("setCommunity")));
+  aclListConfig->communityListIs("B");
+  EXPECT_THAT(sent(), HasSubstr("setCommunity " + seqSet("R", 10)));
+}
+
+// Neither a removed map nor a removed peer filter has a clause the engine
+// could rebuild.
+TEST_F(ReactorCleanUpTest, RemovedMapAndPeerFilterAreNoUsersAnyMore) {
+  auto filter = peerFilterConfig->peerFilterIs("F");
+  auto e = filter->mapEntryIs(10);
+  e->setFlagIs(Routing::RouteMap::MapEntry::SetFlags::communityDelete, true);
+  e->communityDeleteIs(listsSet(Acl::commSetDelete_, {"A"}));
+  filter->versionInc();
+  EXPECT_THAT(usersOf("A"),
+              testing::UnorderedElementsAre("R 10 3", "R 20 3", ".PEER_FILTER.F 10 1"));
+  routeMapConfig->routeMapDel("R");
+  EXPECT_THAT(usersOf("A"), testing::ElementsAre(".PEER_FILTER.F 10 1"));
+  peerFilterConfig->peerFilterDel("F");
+  EXPECT_EQ(nullptr, users().commListUser("A"));
+  sent();
+  aclListConfig->communityListIs("A");
+  EXPECT_THAT(sent(), Not(HasSubstr("setCommunity")));
+}
+
+// A new machine records the clauses there are, not those of the machine
+// before it: a map and a clause changed while an input was away.
+TEST_F(ReactorCleanUpTest, RebuiltMachineRecordsOnlyTheClausesThereNow) {
+  root->aclConfigIs(nullptr);
+  map->mapEntryDel(20);
+  map->mapEntry(10)->communityAddReplaceIs(listsSet(Acl::commSetAdd_, {"B"}));
+  root->aclConfigIs(aclConfig);
+  EXPECT_EQ(nullptr, users().commListUser("A"));
+  EXPECT_THAT(usersOf("B"), testing::ElementsAre("R 10 3"));
+  EXPECT_EQ(1u, users().clauseLists().size());
+}
+
+// Forgetting a sequence looks only at the lists it stands under, and leaves
+// the way back from clauses to lists as the collections have it.
+TEST_F(ClauseTest, IndexKnowsTheListsOfEachClause) {
+  cog->addRmClauseToCommListUsers("M", 20, listsSet(Acl::commSetAdd_, {"B", "A"}));
+  cog->addRmClauseToCommListUsers("M", 20, listsSet(Acl::commSetDelete_, {"C"}));
+  cog->addRmClauseToCommListUsers("N", 5, listsSet(Acl::commSetAdd_, {"A"}));
+  auto const* lists = users().listsOf(MapEntryCommSetClause("M", 20, Acl::commSetAdd_));
+  ASSERT_NE(nullptr, lists);
+  EXPECT_EQ((std::vector<Orb::Name>{"A", "B"}), *lists);
+  EXPECT_EQ("M", users().firstClauseOf("M")->first.mapName());
+  EXPECT_EQ("N", users().firstClauseOf("Mz")->first.mapName());
+  users().commListUserDel("B");
+  EXPECT_EQ((std::vector<Orb::Name>{"A"}),
+            *users().listsOf(MapEntryCommSetClause("M", 20, Acl::commSetAdd_)));
+  cog->delRmFromCommListUsers("M", 20);
+  EXPECT_THAT(usersOf("A"), testing::ElementsAre("N 5 3"));
+  EXPECT_EQ(nullptr, users().commListUser("C"));
+  EXPECT_EQ(1u, users().clauseLists().size());
+  users().commListUserDelAll();
+  EXPECT_TRUE(users().clauseLists().empty());
+}
+
 }  // namespace
