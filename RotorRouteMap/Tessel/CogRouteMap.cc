@@ -102,11 +102,13 @@ void Cog::doInsertRouteMap(Orb::Ptr<Routing::RouteMap::Map const> const& map,
       doSetIntValue(mapName, seqno, 2, entryPtr->setValue2());
     }
     if (flags.has(SetFlags::communityAddReplace)) {
+      ORB_ASSERT(entryPtr->communityAddReplace());
       ORB_ASSERT(entryPtr->communityAddReplace()->flag() != Acl::commSetDelete_);
       addRmClauseToCommListUsers(mapName, seqno, entryPtr->communityAddReplace());
       doSetCommunity(mapName, seqno, entryPtr->communityAddReplace());
     }
     if (flags.has(SetFlags::communityDelete)) {
+      ORB_ASSERT(entryPtr->communityDelete());
       ORB_ASSERT(entryPtr->communityDelete()->flag() == Acl::commSetDelete_);
       addRmClauseToCommListUsers(mapName, seqno, entryPtr->communityDelete());
       doSetCommunity(mapName, seqno, entryPtr->communityDelete());

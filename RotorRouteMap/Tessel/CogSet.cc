@@ -1,8 +1,8 @@
 // Set clauses of a route-map sequence: attributes of the set node below the
 // sequence, written by three generic operations and the conversions on top.
 #include <charconv>
-#include <cstdio>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "Orb/Assert.h"
@@ -239,9 +239,13 @@ void Cog::doSetExtCommunityLbwOpts(Orb::String const& mapName, U32 seqno,
       op->values->doPushU8(29, 1);
       break;
     case Acl::lbwValue: {
-      char text[59];
-      std::snprintf(text, sizeof text, "%f", static_cast<double>(value));
-      op->values->doPushString(30, text);
+      // "%f" as the C locale writes it, whatever locale the agent runs in:
+      // six decimals after a point. No float needs more than 47 characters.
+      char text[58];
+      auto const written = std::to_chars(text, text + sizeof text, static_cast<double>(value),
+                                         std::chars_format::fixed, 6);
+      ORB_ASSERT(written.ec == std::errc());
+      op->values->doPushString(30, std::string_view(text, written.ptr));
       op->values->doPushU8(29, 2);
       break;
     }

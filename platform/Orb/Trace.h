@@ -5,6 +5,7 @@
 
 #include "Orb/Api.h"
 
+#include <locale>
 #include <sstream>
 #include <string_view>
 
@@ -36,7 +37,10 @@ inline bool traceEnabled(int level) noexcept {
 /// Builds one trace line and hands it to the sink when it goes out of scope.
 class ROTOR_API TraceLine {
  public:
-  TraceLine(int level, char const* file, int line) : level_(level), file_(file), line_(line) {}
+  /// Numbers read the same whatever locale the host runs in.
+  TraceLine(int level, char const* file, int line) : level_(level), file_(file), line_(line) {
+    os_.imbue(std::locale::classic());
+  }
   TraceLine(TraceLine const&) = delete;
   TraceLine& operator=(TraceLine const&) = delete;
   ~TraceLine();

@@ -1,6 +1,7 @@
 // Storage, notification and text forms of the policy map.
 #include "RoutingPolicyMap/PolicyMap.h"
 
+#include <locale>
 #include <ostream>
 #include <sstream>
 
@@ -105,6 +106,7 @@ void PolicyMap::redistributedDynPfxDel(Orb::Name name) {
 
 std::string stateText(PolicyMap const& policyMap) {
   std::ostringstream out;
+  out.imbue(std::locale::classic());
   auto collection = [&](PolicyType type, PolicyMap::Requesters const& coll) {
     for (auto const& [name, requester] : coll) {
       if (requester->reason().empty()) out << type << " \"" << name << "\"\n";

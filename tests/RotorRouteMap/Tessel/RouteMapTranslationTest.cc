@@ -213,6 +213,21 @@ TEST_F(RouteMapDeathTest, OutOfRangeValuesAndForeignVrfsAbortAfterTheirErrorLine
     e->setFlagsIs(SetFlags{flags});
     EXPECT_DEATH(TesselTest::withTraceOnStderr([this] { inserted(); }), output);
   }
+  // A clause flagged on without its set fails its assertion, as the
+  // extended and large clauses do, rather than reading through null.
+  e->communityAddReplaceIs(nullptr);
+  e->communityDeleteIs(nullptr);
+  e->extCommunityIs(nullptr);
+  for (auto [flags, output] : {
+           std::pair{SetFlags::communityAddReplace,
+                     "0 Assertion failed: entryPtr->communityAddReplace\\(\\)\n"},
+           std::pair{SetFlags::communityDelete,
+                     "0 Assertion failed: entryPtr->communityDelete\\(\\)\n"},
+           std::pair{SetFlags::extCommunity, "0 Assertion failed: commSet\n"},
+       }) {
+    e->setFlagsIs(SetFlags{flags});
+    EXPECT_DEATH(TesselTest::withTraceOnStderr([this] { inserted(); }), output);
+  }
 
   std::pair<std::function<void()>, char const*> const calls[] = {
       {[this, e] {
