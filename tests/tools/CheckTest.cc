@@ -225,6 +225,65 @@ TEST_F(CheckTest, LostCommunityEntryRemovalIsNotExcused) {
   EXPECT_THAT(out, testing::Not(testing::HasSubstr("known divergence")));
 }
 
+// An input replaced by a copy of itself, a renamed VRF and a later root each
+// build the machine anew; the engine and the policy map then hold what a
+// fresh start holds, with nothing to excuse.
+TEST_F(CheckTest, MachinesBuiltAnewMatchAFreshStart) {
+  std::string const out = runChecked(R"(route-map A permit 10
+  sub-route-map B
+  match ip address dynamic prefix-list D
+  set community add list CA
+version A
+route-map B permit 10
+version B
+peer-filter F permit 10
+  set community delete list CA
+version peer-filter F
+community-list CA 10 permit standard 1:1
+dynamic-prefix-list D ipv4 P1 match-map B
+dynamic-prefix-list E ipv4 P2
+list route-map A by n1
+list dynamic-prefix-list D by n1
+replace route-map-config
+replace peer-filter-config
+replace acl-list-config
+replace acl-config
+replace dynamic-prefix-list-config
+replace policy-map
+community-list CA 20 permit standard 1:2
+vrf blue
+replace acl-config
+root second
+vrf red
+root third
+input policy-map off
+vrf green
+replace route-map-config
+input policy-map on
+no community-list CA
+)");
+  EXPECT_EQ("checks=18\n", out);
+}
+
+// Until an input changes, the machine serves the VRF it was built for, and
+// the library would abort on a command built for it; the replay refuses what
+// could send one.
+TEST_F(CheckTest, RenamedVrfWaitsForAnInputStatement) {
+  std::string message;
+  try {
+    run("route-map A permit 10\nvrf blue\nversion A\n");
+  } catch (Scenario::ScenarioError const& e) {
+    message = e.what();
+  }
+  EXPECT_EQ(
+      "t.scenario:3: expected 'input', 'replace' or 'root' after renaming the VRF: the library "
+      "keeps serving the old VRF until an input changes, and aborts on any command built "
+      "meanwhile",
+      message);
+  EXPECT_EQ("checks=1\n", runChecked("route-map A permit 10\ninput acl-config off\nvrf blue\n"
+                                     "version A\ninput acl-config on\n"));
+}
+
 class ListCheckTest : public CheckTest {};
 
 TEST_F(ListCheckTest, PrefixListIsPendingFromAnEntryChangeToItsVersion) {

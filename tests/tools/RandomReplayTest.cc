@@ -230,6 +230,8 @@ TEST_F(RandomReplayTest, GeneratorWritesEveryStatementAndClauseOfTheLanguage) {
       "version ",
       "route-map-mode ",
       "input ",
+      "replace ",
+      "root ",
       "peer-filter ",
       "no peer-filter ",
       "version peer-filter ",
@@ -344,6 +346,9 @@ TEST_F(RandomReplayTest, GeneratorWritesEveryStatementAndClauseOfTheLanguage) {
       "input policy-map off",
       "input route-map-config off",
       "input acl-config off",
+      "replace policy-map",
+      "replace route-map-config",
+      "replace acl-list-config",
   };
   std::set<std::string_view> missing(std::begin(kForms), std::end(kForms));
   missing.insert(std::begin(kWithin), std::end(kWithin));

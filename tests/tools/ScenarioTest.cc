@@ -167,6 +167,7 @@ TEST(ScenarioLanguage, ListMatchesWriteOneRuleUnderTheirOption) {
 }
 
 TEST(ScenarioLanguage, RefusesBadLinesSayingWhereAndWhatWasExpected) {
+  std::string const longRename = "route-map R permit 10\nvrf " + std::string(101, 'v') + "\n";
   struct Case {
     char const* text;
     char const* message;
@@ -175,8 +176,8 @@ TEST(ScenarioLanguage, RefusesBadLinesSayingWhereAndWhatWasExpected) {
       {"frobnicate R\n",
        "t.scenario:1: expected a statement (vrf, route-map, no, version, route-map-mode, "
        "peer-filter, ip, ipv6, mac, access-list, as-path-list, as-path-regex-mode, "
-       "community-list, community-list-version, dynamic-prefix-list, list, unlist, input, match, "
-       "set, sub-route-map, seq), got 'frobnicate'"},
+       "community-list, community-list-version, dynamic-prefix-list, list, unlist, input, replace, "
+       "root, match, set, sub-route-map, seq), got 'frobnicate'"},
       {"no frob R\n",
        "t.scenario:1: expected one of no route-map, no peer-filter, no ip, no ipv6, no mac, "
        "no access-list, no as-path-list, no community-list, no dynamic-prefix-list, no match, "
@@ -201,8 +202,13 @@ TEST(ScenarioLanguage, RefusesBadLinesSayingWhereAndWhatWasExpected) {
       {"route-map R permit 10\n  version R\n",
        "t.scenario:2: expected 'version' at the start of the line (only match, set and "
        "sub-route-map clauses and access-list rules are indented)"},
-      {"vrf blue\nroute-map R permit 10\nvrf red\n",
-       "t.scenario:3: expected 'vrf' before every other statement"},
+      {"replace routes\n",
+       "t.scenario:1: expected an input (route-map-config, peer-filter-config, acl-list-config, "
+       "acl-config, dynamic-prefix-list-config, policy-map), got 'routes'"},
+      {"root\n", "t.scenario:1: expected root name, got end of line"},
+      {longRename.c_str(),
+       "t.scenario:2: expected a VRF name of at most 100 bytes: VrfName::value::bytes > "
+       "VrfName::maxLength not allowed"},
       {"route-map R permit 10\n  set next-hop 10.0.0.256\n",
        "t.scenario:2: expected IPv4 address, got '10.0.0.256'"},
       {"route-map R permit 10\n  set community add 65536:1\n",

@@ -210,9 +210,11 @@ class RandomGenerator::Impl {
     return i < std::size(kClauses) ? kClauses[i] : kOtherKindsClauses[i - std::size(kClauses)];
   }
 
-  /// Peer filters, dynamic prefix lists and listing in the policy map.
+  /// Peer filters, dynamic prefix lists, listing in the policy map, and now
+  /// and then a machine built anew.
   Step otherKind() {
     int const r = below(100);
+    if (r >= 93) return lifecycleStep();
     if (r < 20 || (r < 40 && filters_.empty())) {
       std::string const filter = fill("F{1..2}");
       filters_.insert(filter);
@@ -256,6 +258,24 @@ class RandomGenerator::Impl {
       return {"no dynamic-prefix-list " + list};
     }
     return {fill("{list|unlist} {route-map {A|B|C|Z}|dynamic-prefix-list D{1..3}} by n{1..2}")};
+  }
+
+  /// The per-VRF machine built anew while the configuration stays: an input
+  /// replaced by a fresh copy of itself, the VRF renamed, a later root. A
+  /// rename reaches a running machine only with the next input change, and
+  /// the library aborts on a command built meanwhile, so one comes with it.
+  Step lifecycleStep() {
+    int const r = below(100);
+    std::string const input = fill(
+        "replace {route-map-config|peer-filter-config|acl-list-config|acl-config|"
+        "dynamic-prefix-list-config|policy-map}");
+    if (r < 50) return {input};
+    if (r < 80) {
+      Step step{fill("vrf {blue|red|default}")};
+      if (away_.empty()) step.push_back(below(2) ? input : fill("root R{1..2}"));
+      return step;
+    }
+    return {fill("root R{1..3}")};
   }
 
   /// An AS-path list entry (with an expression valid under both modes, one,

@@ -132,22 +132,46 @@ namespace {
 
 // ---- statements of the scenario itself
 
-void parseVrf(Words& w, Context& c, Statement&) {
+// Before every other statement, the VRF the root starts with; after, a
+// rename of the running root's VRF.
+void parseVrf(Words& w, Context& c, Statement& s) {
   std::string const& name = w.take("VRF name");
   w.expectEnd();
-  if (c.begun) throw Refusal("expected 'vrf' before every other statement");
+  L3::VrfName vrf;
   try {
-    c.scenario->vrf = L3::VrfName(Orb::String(name));
+    vrf = L3::VrfName(Orb::String(name));
   } catch (Orb::RangeError const& e) {
     throw Refusal(std::string("expected a VRF name of at most 100 bytes: ") + e.what());
   }
+  if (!c.begun) {
+    c.scenario->vrf = vrf;
+    return;
+  }
+  s.effect.kind = Effect::Kind::vrfRenamed;
+  s.effect.name = Orb::Name(name);
 }
 
-void parseInput(Words& w, Context&, Statement& s) {
+Input inputOf(Words& w) {
   std::string what = "an input (";
   for (std::string_view name : kInputNames)
     what += std::string(name) + (name == kInputNames.back() ? ")" : ", ");
-  auto input = Input(oneOf(w, what, kInputNames));
+  return Input(oneOf(w, what, kInputNames));
+}
+
+void parseReplace(Words& w, Context&, Statement& s) {
+  s.effect.input = inputOf(w);
+  w.expectEnd();
+  s.effect.kind = Effect::Kind::inputReplaced;
+}
+
+void parseRoot(Words& w, Context&, Statement& s) {
+  s.effect.name = Orb::Name(w.take("root name"));
+  w.expectEnd();
+  s.effect.kind = Effect::Kind::rootReplaced;
+}
+
+void parseInput(Words& w, Context&, Statement& s) {
+  auto input = inputOf(w);
   static constexpr std::array<std::string_view, 2> states = {"off", "on"};
   bool on = oneOf(w, "off or on", states) == 1;
   w.expectEnd();
@@ -155,13 +179,16 @@ void parseInput(Words& w, Context&, Statement& s) {
   s.effect.input = input;
 }
 
-/// Before every other statement; yields no statement.
+/// Before every other statement it says how the run starts and yields no
+/// statement; after, it is a statement of its own.
 Row const kHeader[] = {
     {{"vrf"}, parseVrf},
 };
 
 Row const kInputStatements[] = {
     {{"input"}, parseInput},
+    {{"replace"}, parseReplace},
+    {{"root"}, parseRoot},
 };
 
 // ---- the statement table
@@ -184,7 +211,7 @@ std::span<Rows const> statementTables() {
 }
 
 enum class Place {
-  header,  // before every other statement; yields no statement
+  header,  // before every other statement yields no statement; after, one
   top,     // at the start of a line; ends any block
   clause,  // indented under the line that opened its block
 };
@@ -358,7 +385,7 @@ Scenario parse(std::string_view text, std::string const& file) {
           break;
       }
       row.parse(words, context, statement);
-      if (entry.place == Place::header) continue;
+      if (entry.place == Place::header && !context.begun) continue;
       context.begun = true;
       scenario.statements.push_back(std::move(statement));
     } catch (Refusal const& r) {

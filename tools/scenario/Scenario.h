@@ -99,6 +99,9 @@ struct Effect {
     partRemoved,  // a part of the object left and was sent by itself
     inputTaken,
     inputGiven,
+    inputReplaced,  // `input` by a fresh copy of itself
+    vrfRenamed,     // the root's VRF, to `name`
+    rootReplaced,   // by a later root named `name`, given the same inputs
   };
   Kind kind = Kind::none;
   ObjectKind object = ObjectKind::routeMap;

@@ -2,9 +2,11 @@
 // keeping track of what the engine is allowed to lag behind.
 #include "ScenarioWorld.h"
 
+#include "ScenarioCopy.h"
 #include "ScenarioRecords.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Scenario {
 
@@ -52,6 +54,12 @@ bool World::settled() const {
 }
 
 void World::inputIs(Input input, bool present) {
+  rootInputIs(input, present);
+  present_[index(input)] = present;
+  if (asPathHoldBack_) asPathHoldBack_->upIs(allPresent());
+}
+
+void World::rootInputIs(Input input, bool present) {
   switch (input) {
     case Input::routeMapConfig:
       root_->routeMapConfigIs(present ? live_.routeMapConfig : nullptr);
@@ -72,16 +80,36 @@ void World::inputIs(Input input, bool present) {
       root_->policyMapIs(present ? live_.policyMap : nullptr);
       break;
   }
-  present_[index(input)] = present;
-  if (asPathHoldBack_) asPathHoldBack_->upIs(allPresent());
+}
+
+void World::machineRebuilt() {
+  listRecordsMachineryIs(false);
+  if (asPathHoldBack_) {
+    asPathHoldBack_->upIs(false);
+    asPathHoldBack_->upIs(true);
+  }
+  for (auto& names : pending_)
+    names.clear();
+  listRecordsMachineryIs(true);
+  renamePending_ = false;
 }
 
 void World::apply(Statement const& statement) {
+  Effect const& effect = statement.effect;
+  bool const lifecycle =
+      effect.kind == Effect::Kind::inputTaken || effect.kind == Effect::Kind::inputGiven ||
+      effect.kind == Effect::Kind::inputReplaced || effect.kind == Effect::Kind::vrfRenamed ||
+      effect.kind == Effect::Kind::rootReplaced;
+  if (renamePending_ && !lifecycle) {
+    throw Refusal(
+        "expected 'input', 'replace' or 'root' after renaming the VRF: the library "
+        "keeps serving the old VRF until an input changes, and aborts on any command "
+        "built meanwhile");
+  }
   if (statement.edit) {
     statement.edit(live_);
     if (options_.shadow) statement.edit(shadow_);
   }
-  Effect const& effect = statement.effect;
   bool const up = allPresent();
   std::set<Orb::Name>& pending = pending_[index(effect.object)];
   switch (effect.kind) {
@@ -110,6 +138,7 @@ void World::apply(Statement const& statement) {
       if (!inputPresent(effect.input)) break;
       inputIs(effect.input, false);
       listRecordsMachineryIs(false);
+      renamePending_ = false;
       break;
     case Effect::Kind::inputGiven:
       if (inputPresent(effect.input)) break;
@@ -121,6 +150,31 @@ void World::apply(Statement const& statement) {
         listRecordsMachineryIs(true);
       }
       break;
+    case Effect::Kind::inputReplaced:
+      replaceWithCopy(live_, effect.input);
+      if (effect.input == Input::policyMap && policyWatch_)
+        policyWatch_ = std::make_unique<PolicyMapWatch>(live_.policyMap, options_.policyMap);
+      if (!inputPresent(effect.input)) break;
+      rootInputIs(effect.input, true);
+      if (up) machineRebuilt();
+      break;
+    case Effect::Kind::vrfRenamed:
+      if (L3::VrfName(effect.name) == options_.vrf) break;
+      options_.vrf = L3::VrfName(effect.name);
+      root_->vrfNameIs(options_.vrf);
+      renamePending_ = up;
+      break;
+    case Effect::Kind::rootReplaced: {
+      // The later root retires the earlier one's machine as it is made; the
+      // earlier root goes once the later one has the inputs.
+      Orb::Ptr<Tessel::Root> const earlier = std::exchange(root_, Tessel::rootFactory(effect.name));
+      root_->vrfNameIs(options_.vrf);
+      for (std::size_t i = 0; i < inputCount; ++i) {
+        if (present_[i]) rootInputIs(Input(i), true);
+      }
+      if (up) machineRebuilt();
+      break;
+    }
   }
 }
 

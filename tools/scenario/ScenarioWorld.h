@@ -64,7 +64,13 @@ class World {
 
   /// The engine as the live stream left it.
   Rib::EngineModel const& model() const noexcept { return model_; }
+  /// The VRF the root serves now.
   L3::VrfName const& vrf() const noexcept { return options_.vrf; }
+  /// Whether the root was renamed while its machine runs: the machine keeps
+  /// the old VRF until an input changes, and the library aborts on any
+  /// command it builds meanwhile, so only input, replace, root and vrf
+  /// statements are taken.
+  bool renamePending() const noexcept { return renamePending_; }
   Inputs const& live() const noexcept { return live_; }
   /// The configuration as the statements left it, watched by nobody.
   Inputs& shadow() noexcept { return shadow_; }
@@ -99,6 +105,11 @@ class World {
   static std::size_t index(ObjectKind kind) noexcept { return static_cast<std::size_t>(kind); }
   bool allPresent() const noexcept;
   void inputIs(Input input, bool present);
+  /// Gives the root the live entity of `input`, or none.
+  void rootInputIs(Input input, bool present);
+  /// The machine was built anew while every input stayed: it sent every
+  /// object whole, and the one before took the removals it had not sent.
+  void machineRebuilt();
 
   /// The model's way in, through the test filter.
   struct ModelFeed final : Rib::EngineSink {
@@ -131,6 +142,7 @@ class World {
   /// made again since.
   std::array<std::set<Orb::Name>, objectKindCount> removedWhileAway_;
   std::unique_ptr<AsPathHoldBack> asPathHoldBack_;
+  bool renamePending_ = false;
 };
 
 }  // namespace Scenario
