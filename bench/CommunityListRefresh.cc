@@ -2,12 +2,14 @@
 // copied the list is rebuilt, so the cost must grow linearly with its users
 // and stay flat per user; a list nobody uses must cost the same however many
 // clauses use other lists. The refresh reports its cost per command against
-// the flat encoders.
+// the flat encoders. Forgetting one sequence's uses costs the same however
+// many lists are in use.
 #include <benchmark/benchmark.h>
 
 #include "Inputs.h"
 #include "PerCommand.h"
 #include "Rib/NullSink.h"
+#include "Tessel/Cog.h"
 #include "Tessel/Root.h"
 
 namespace {
@@ -100,6 +102,27 @@ void BM_EntryChangeOfUnusedList(benchmark::State& state) {
   report(state, sink, 0);
 }
 BENCHMARK(BM_EntryChangeOfUnusedList)->Arg(0)->Arg(10000);
+
+// Forgetting one sequence's uses, and recording them again, in an index where
+// N lists are in use (one clause each): the cost follows the sequence's own
+// lists, not N.
+void BM_SequenceForgottenAmongListsInUse(benchmark::State& state) {
+  Rib::NullSink sink;
+  Rib::ScopedEngineSink installed(sink);
+  Orb::U32 const lists = static_cast<Orb::U32>(state.range(0));
+  World world(lists, lists);
+  auto const cog = Tessel::cogFactory("default");
+  auto const set = world.config->routeMap("RM0")->mapEntry(10)->communityAddReplace();
+  for (auto _ : state) {
+    cog->delRmFromCommListUsers("RM0", 10);
+    cog->addRmClauseToCommListUsers("RM0", 10, set);
+  }
+  state.SetComplexityN(state.range(0));
+}
+BENCHMARK(BM_SequenceForgottenAmongListsInUse)
+    ->Arg(100)
+    ->Arg(3000)
+    ->Complexity(benchmark::o1);
 
 }  // namespace
 
