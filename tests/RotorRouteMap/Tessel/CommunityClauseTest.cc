@@ -330,15 +330,26 @@ TEST_F(ReactorCleanUpTest, RemovedMapAndPeerFilterAreNoUsersAnyMore) {
 }
 
 // A new machine records the clauses there are, not those of the machine
-// before it: a map and a clause changed while an input was away.
+// before it: a sequence and a map removed, a clause changed while an input
+// was away.
 TEST_F(ReactorCleanUpTest, RebuiltMachineRecordsOnlyTheClausesThereNow) {
+  auto other = routeMapConfig->routeMapIs("S");
+  auto e = other->mapEntryIs(10);
+  e->setFlagIs(Routing::RouteMap::MapEntry::SetFlags::communityAddReplace, true);
+  e->communityAddReplaceIs(listsSet(Acl::commSetAdd_, {"C"}));
+  other->versionInc();
   root->aclConfigIs(nullptr);
   map->mapEntryDel(20);
   map->mapEntry(10)->communityAddReplaceIs(listsSet(Acl::commSetAdd_, {"B"}));
+  routeMapConfig->routeMapDel("S");
   root->aclConfigIs(aclConfig);
   EXPECT_EQ(nullptr, users().commListUser("A"));
+  EXPECT_EQ(nullptr, users().commListUser("C"));
   EXPECT_THAT(usersOf("B"), testing::ElementsAre("R 10 3"));
   EXPECT_EQ(1u, users().clauseLists().size());
+  sent();
+  aclListConfig->communityListIs("C");
+  EXPECT_THAT(sent(), Not(HasSubstr("setCommunity")));
 }
 
 // Forgetting a sequence looks only at the lists it stands under, and leaves

@@ -140,6 +140,31 @@ TEST_F(MachineLifecycleTest, RenamedVrfReachesTheMachineWithTheNextInputChange) 
   EXPECT_EQ(fresh("blue"), held());
 }
 
+// A machine torn down after a rename sends its tear-down for the VRF it was
+// built for: here the sets of the entries it holds alone (an entry seen come
+// at version zero is noted but never written, so its successor does not hold
+// it), and with an input taken away, every set it wrote.
+TEST_F(MachineLifecycleTest, RenamedMachinesTearDownGoesOutForItsOwnVrf) {
+  aclListConfig->communityList("CL")->communityListEntryIs(30)->communityValueIs({{0, 0, 30}});
+  root->vrfNameIs("blue");
+  sent();
+  root->aclConfigIs(Acl::Config::create("acl2"));
+  std::string const replaced = sent();
+  std::string deletes;
+  for (char const* node : {"524 525", "526 527", "631 632"})
+    deletes += std::string("delCommunitySet [512 ") + node +
+               "=\"/policy/commset .CL30\"] delete\ncommit\n";
+  // After the new machine's replay, the old one's tear-down: nothing else.
+  EXPECT_EQ("match_map [512 627 628=\"D\"] 3:str=\"M\"\ncommit\n" + deletes,
+            replaced.substr(replaced.rfind("match_map")));
+
+  root->vrfNameIs("red");
+  root->aclListConfigIs(nullptr);
+  std::string const torn = sent();
+  EXPECT_THAT(torn, testing::HasSubstr("commset .CL10"));
+  EXPECT_THAT(torn, testing::HasSubstr("commset .CL20"));
+}
+
 TEST_F(MachineLifecycleTest, LaterRootRetiresTheEarlierOnesMachineAndTakesOver) {
   auto later = Tessel::rootFactory("later");
   EXPECT_FALSE(root->vrfStatusSm()) << "the earlier machine went while its root was current";

@@ -4,10 +4,9 @@
 
 #include <bit>
 #include <clocale>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 
+#include "DecimalCommaLocale.h"
 #include "Harness.h"
 
 namespace {
@@ -86,26 +85,13 @@ TEST_F(SetTest, LinkBandwidthOptionsByFlag) {
 }
 
 // The agent may run in any locale; the engine reads the bandwidth with a
-// point. A locale with a decimal comma is made for the test when the machine
-// has none installed.
+// point.
 TEST_F(SetTest, LinkBandwidthIsWrittenWithAPointInEveryLocale) {
-  char const* const german = "de_DE.UTF-8";
-  if (!std::setlocale(LC_NUMERIC, german)) {
-    std::string const dir = testing::TempDir() + "rotor-locales";
-    std::string const make = "mkdir -p '" + dir + "' && localedef -i de_DE -f UTF-8 '" + dir + "/" +
-                             german + "' 2>/dev/null";
-    if (std::system(make.c_str()) == 0) {
-      ::setenv("LOCPATH", dir.c_str(), 1);
-      std::setlocale(LC_NUMERIC, german);
-    }
-  }
-  char comma[16];
-  std::snprintf(comma, sizeof comma, "%.1f", 1.5);
-  bool const decimalComma = std::string(comma) == "1,5";
+  std::string const german = TestSupport::decimalCommaLocale();
+  if (german.empty()) GTEST_SKIP() << "no locale with a decimal comma could be had";
+  std::setlocale(LC_NUMERIC, german.c_str());
   cog->doSetExtCommunityLbwOpts("R", 10, Acl::lbwValue, 1.5f);
   std::setlocale(LC_NUMERIC, "C");
-  ::unsetenv("LOCPATH");
-  if (!decimalComma) GTEST_SKIP() << "no locale with a decimal comma could be had";
   EXPECT_EQ(setCmd("ExtCommSetLinkBwOpts", "30:str=\"1.500000\" 29:u8=2"), sent());
 }
 

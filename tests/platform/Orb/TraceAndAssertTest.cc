@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <locale>
 #include <string>
 #include <vector>
 
+#include "DecimalCommaLocale.h"
 #include "Orb/Assert.h"
 #include "Orb/Trace.h"
 
@@ -43,6 +45,20 @@ TEST(Trace, SinkReceivesLevelBaseFileNameLineAndText) {
   ORB_TRACE(3, "mtu " << 1500 << " on " << std::string("eth0"));
   EXPECT_EQ(sink.lines, std::vector<std::string>{"3 TraceAndAssertTest.cc:" + std::to_string(line) +
                                                  " mtu 1500 on eth0"});
+}
+
+// Traces read the same whatever the host's global C++ locale groups digits
+// or writes decimals as.
+TEST(Trace, NumbersIgnoreTheGlobalLocale) {
+  std::string const german = TestSupport::decimalCommaLocale();
+  if (german.empty()) GTEST_SKIP() << "no locale with a decimal comma could be had";
+  CapturingSink sink;
+  SinkScope scope(&sink);
+  std::locale const previous = std::locale::global(std::locale(german));
+  ORB_TRACE(3, 12345 << " " << 1.5);
+  std::locale::global(previous);
+  ASSERT_EQ(1u, sink.lines.size());
+  EXPECT_TRUE(sink.lines[0].ends_with(" 12345 1.5")) << sink.lines[0];
 }
 
 TEST(Trace, FilteredLinesAreNeverFormatted) {

@@ -3,9 +3,11 @@
 // state text lists every reason.
 #include <gtest/gtest.h>
 
+#include <locale>
 #include <sstream>
 #include <string>
 
+#include "DecimalCommaLocale.h"
 #include "Orb/RangeError.h"
 #include "RoutingPolicyMap/PolicyMap.h"
 
@@ -63,6 +65,19 @@ TEST(PolicyMapModel, CollectionsNotifyTheirOwnAttributeAndReasonsOnlyRealChanges
         RoutingPolicyMap::stateText(*pmap));
   }
   EXPECT_EQ(liveBefore, Orb::Object::liveObjects());
+}
+
+// The text form the tools print and compare ignores the global locale.
+TEST(PolicyMapModel, StateTextIgnoresTheGlobalLocale) {
+  std::string const german = TestSupport::decimalCommaLocale();
+  if (german.empty()) GTEST_SKIP() << "no locale with a decimal comma could be had";
+  auto pmap = PolicyMap::create("p");
+  pmap->routeMapIs("A")->reasonIs(
+      {RoutingPolicyMap::PluginType(1234), RoutingPolicyMap::CliMode(2), "cli", "key"});
+  std::locale const previous = std::locale::global(std::locale(german));
+  std::string const text = RoutingPolicyMap::stateText(*pmap);
+  std::locale::global(previous);
+  EXPECT_EQ("routeMap \"A\" plugin=1234 mode=2 cli=\"cli\" key=\"key\"\n", text);
 }
 
 TEST(PolicyMapModel, PolicyTypeReadsNamesAndNumbers) {
