@@ -23,8 +23,8 @@ namespace {
 Orb::TypeRegistration configSmType({"RibDynamicPrefixList::DynPfxConfigSm", {}, {}});
 Orb::TypeRegistration listType({"RibDynamicPrefixList::OrbDynamicPrefixList", {}, {}});
 
-/// The lists each reactor has sent since it last deleted them. The node is
-/// the agent's, not a VRF's, so the record is the process's.
+/// The lists reactors have sent during a replacement and not deleted since.
+/// The node is the agent's, not a VRF's, so the record is the process's.
 Tessel::Holds<Orb::Name>& sentLists() {
   static Tessel::Holds<Orb::Name> holds;
   return holds;
@@ -107,15 +107,6 @@ void DynPfxConfigSm::configDel() {
 
 void DynPfxConfigSm::policyMapDel() {
   policyMapNotifiee_.hasNotificationActiveIs(false);
-  // The match maps stay registered in the policy map given up, which the
-  // lists can no longer withdraw them from.
-  for (auto const& [name, list] : orbDynamicPrefixList_) {
-    if (list->prevMatchMapName().empty()) continue;
-    Tessel::policyMapHoldDel(list.get(), RoutingPolicyMap::policyTypeRouteMap,
-                             RoutingPolicyMap::pluginTypeRouting,
-                             RoutingPolicyMap::cliModeDynamicPrefixList, Tessel::pmapDynPfxMatchMap,
-                             name, policyMap_.get(), list->prevMatchMapName());
-  }
   policyMap_ = nullptr;
 }
 
@@ -180,8 +171,8 @@ void OrbDynamicPrefixList::handleMirrorConfigDelete() {
   updatePolicyMapMatchMap(RoutingPolicyMap::cliModeDynamicPrefixList, Tessel::pmapDynPfxMatchMap,
                           name(), std::exchange(prevMatchMapName_, Orb::String()), "");
   // The delete goes also for a list this reactor never sent, as the engine
-  // may hold it from before; only a list another reactor (the successor of a
-  // machine being replaced) has sent stays.
+  // may hold it from before; only a list the successor of a machine being
+  // replaced has sent stays.
   if (sentLists().holdDel(name(), this)) {
     ORB_TRACE(traceHandler, "dynamicPrefixList kept: another reactor has sent it");
     return;

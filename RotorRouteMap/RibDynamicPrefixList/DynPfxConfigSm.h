@@ -115,7 +115,8 @@ class ROTOR_API OrbDynamicPrefixList : public Orb::Reactor {
   bool initialized_ = false;
 };
 
-/// How many dynamic prefix lists some reactor has sent and not deleted.
+/// How many dynamic prefix lists reactors hold now: none outside a
+/// replacement.
 ROTOR_API std::size_t dynamicPrefixListHolds() noexcept;
 
 /// Makes the dynamic prefix-list reactor.

@@ -1,24 +1,51 @@
-// Which live reactors hold something the engine or the policy map keeps for
-// them. A new machine is built before the one it replaces is retired, so for
-// a while two reactors hold the same policy-map reason, the same dynamic
-// prefix list in the engine or the same community set; the one that goes must
-// leave it to the one that stays. In every other flow one reactor holds each
-// thing, and letting go sends what it always sent.
+// What the reactors of a new machine hold while it replaces another. The new
+// machine replays before the old one is retired, so for a while both hold the
+// same policy-map reasons, dynamic prefix lists in the engine and community
+// sets; the old one's tear-down must leave those to the new one. Only then are
+// holds kept: every other flow has one reactor for each thing, sends what it
+// always sent, and pays nothing for the bookkeeping.
 #pragma once
 
 #include <algorithm>
 #include <vector>
 
+#include "Orb/Api.h"
 #include "Orb/HashMap.h"
 
 namespace Tessel {
 
+/// Whether a new machine is being built beside the one it replaces, or the
+/// old one is being retired after it.
+ROTOR_API bool machineReplacing() noexcept;
+
+/// While it lives, a new machine replaces an old one. When the outermost
+/// one ends, every hold is dropped.
+class ROTOR_API MachineReplacement {
+ public:
+  MachineReplacement() noexcept;
+  ~MachineReplacement();
+  MachineReplacement(MachineReplacement const&) = delete;
+  MachineReplacement& operator=(MachineReplacement const&) = delete;
+};
+
+/// One kind of thing held; every kind is dropped at the end of a replacement.
+class ROTOR_API HoldsBase {
+ public:
+  HoldsBase();
+  virtual ~HoldsBase();
+  HoldsBase(HoldsBase const&) = delete;
+  HoldsBase& operator=(HoldsBase const&) = delete;
+  virtual void clear() noexcept = 0;
+};
+
 /// The holders of each key, by identity. Only looked up, never walked, so
 /// its order does not matter.
 template <class K>
-class Holds {
+class Holds final : public HoldsBase {
  public:
+  /// Notes that `holder` holds `key`; outside a replacement, nothing to note.
   void holdIs(K const& key, void const* holder) {
+    if (!machineReplacing()) return;
     std::vector<void const*>* holders = m_.get(key);
     if (!holders) holders = &m_.set(key, std::vector<void const*>());
     if (std::find(holders->begin(), holders->end(), holder) == holders->end())
@@ -27,15 +54,15 @@ class Holds {
   /// Lets go of `key` for `holder`; true when another holder keeps it, so
   /// that nothing may be withdrawn or deleted on its behalf.
   bool holdDel(K const& key, void const* holder) {
-    std::vector<void const*>* holders = m_.get(key);
+    std::vector<void const*>* holders = m_.empty() ? nullptr : m_.get(key);
     if (!holders) return false;
     std::erase(*holders, holder);
     if (!holders->empty()) return true;
     m_.erase(key);
     return false;
   }
-  bool held(K const& key) const { return m_.get(key) != nullptr; }
   std::size_t size() const noexcept { return m_.size(); }
+  void clear() noexcept override { m_.clear(); }
 
  private:
   Orb::HashMap<K, std::vector<void const*>> m_;

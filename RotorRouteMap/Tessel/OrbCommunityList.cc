@@ -31,9 +31,10 @@ struct EntrySet {
   }
 };
 
-/// Which list reactors hold each entry's set. Engine paths carry no VRF, so
-/// the record is the process's. Kept by name and number rather than by set
-/// name: two lists whose set names run together do delete each other's set.
+/// Which list reactors hold each entry's set during a replacement. Engine
+/// paths carry no VRF, so the record is the process's. Kept by name and
+/// number rather than by set name: two lists whose set names run together do
+/// delete each other's set.
 Holds<EntrySet>& entrySets() {
   static Holds<EntrySet> holds;
   return holds;
@@ -65,16 +66,18 @@ L3::VrfName const& OrbCommunityList::vrfName() const noexcept {
 
 void OrbCommunityList::commSetNameIs(Orb::U32 seqno, bool present) {
   commSetName_.set(seqno, present);
-  entrySets().holdIs({name(), seqno}, this);
+  if (machineReplacing()) entrySets().holdIs({name(), seqno}, this);
 }
 
 void OrbCommunityList::commSetNameDel(Orb::U32 seqno) {
-  if (commSetName_.erase(seqno)) entrySets().holdDel({name(), seqno}, this);
+  if (commSetName_.erase(seqno) && entrySets().size()) entrySets().holdDel({name(), seqno}, this);
 }
 
 void OrbCommunityList::commSetNameDelAll() {
-  for (auto const& [seqno, present] : commSetName_)
-    entrySets().holdDel({name(), seqno}, this);
+  if (entrySets().size()) {
+    for (auto const& [seqno, present] : commSetName_)
+      entrySets().holdDel({name(), seqno}, this);
+  }
   commSetName_.clear();
 }
 
@@ -98,7 +101,7 @@ void OrbCommunityList::deleteListCommSets() {
                               << " name: " << name() << " vrf: " << vrfName());
   auto cog = cogFactory(vrfName());
   for (auto const& [seqno, present] : commSetName_) {
-    if (entrySets().holdDel({name(), seqno}, this)) {
+    if (entrySets().size() && entrySets().holdDel({name(), seqno}, this)) {
       ORB_TRACE(traceHandler,
                 "deleteListCommSets: seqno " << seqno << " kept, another list reactor holds it");
       continue;

@@ -75,7 +75,8 @@ class ROTOR_API OrbCommunityList : public Orb::Reactor {
   Orb::HashMap<Orb::U32, bool> commSetName_;
 };
 
-/// How many entries' sets some list reactor holds.
+/// How many entries' sets list reactors hold now: none outside a
+/// replacement.
 ROTOR_API std::size_t communitySetHolds() noexcept;
 
 class ROTOR_API OrbCommunityListEntry : public Orb::Reactor {

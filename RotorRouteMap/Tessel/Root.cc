@@ -1,10 +1,12 @@
 // The root's inputs and the life of the per-VRF state machine.
 #include "Tessel/Root.h"
 
+#include <optional>
 #include <utility>
 
 #include "Orb/Trace.h"
 #include "Orb/TypeRegistry.h"
+#include "Tessel/Holds.h"
 #include "Tessel/TraceLevels.h"
 #include "Tessel/VrfCheck.h"
 #include "Tessel/VrfStatusSm.h"
@@ -161,17 +163,21 @@ void Root::vrfStatusSmIs(L3::VrfName const& vrfName, RouteMapConfigPtr const& ro
       return;
     }
   }
-  // The new machine replays the configuration before the old one is torn down.
+  // The new machine replays the configuration before the old one is torn
+  // down; meanwhile the new one's reactors note what they hold, which the old
+  // one's tear-down leaves to them.
+  std::optional<MachineReplacement> replacing;
+  if (vrfStatusSmValue_) replacing.emplace();
   Orb::Ptr<VrfStatusSm> fresh =
       Orb::make<VrfStatusSm>(vrfName, routeMapConfig, peerFilterConfig, aclListConfig, aclConfig,
                              dynPfxListConfig, policyMap);
   if (Orb::Ptr<VrfStatusSm> old = std::exchange(vrfStatusSmValue_, fresh)) {
-    // Also when someone else still holds it. Its tear-down leaves alone
-    // what the new machine holds (see Holds.h), and goes out for the VRF it
-    // was built for, which a rename may have left.
+    // Also when someone else still holds it. Its tear-down goes out for the
+    // VRF it was built for, which a rename may have left.
     RetiringVrf const retiring(old->vrfName());
     old->retire();
   }
+  replacing.reset();
   fresh->hasNotificationActiveIs(true);
   notify(vrfStatusSm_);
 }

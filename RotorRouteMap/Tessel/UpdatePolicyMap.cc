@@ -89,23 +89,18 @@ void updatePolicyMapFor(void const* holder, RoutingPolicyMap::PolicyType type,
                         RoutingPolicyMap::PluginType plugin, RoutingPolicyMap::CliMode mode,
                         Orb::String const& configCli, Orb::String const& configKey,
                         Orb::Ptr<PolicyMap> const& policyMap, Orb::String const& name, bool del) {
-  PolicyHold const hold{policyMap.get(), type, name, {plugin, mode, configCli, configKey}};
-  if (!del) {
-    policyHolds().holdIs(hold, holder);
-  } else if (policyHolds().holdDel(hold, holder)) {
-    ORB_TRACE(traceHandler, "updatePolicyMap: " << name << " keeps " << configCli << " for "
-                                                << configKey << ", held by another reactor");
-    return;
+  // Holds are kept only while a machine replaces another.
+  if (machineReplacing()) {
+    PolicyHold const hold{policyMap.get(), type, name, {plugin, mode, configCli, configKey}};
+    if (!del) {
+      policyHolds().holdIs(hold, holder);
+    } else if (policyHolds().holdDel(hold, holder)) {
+      ORB_TRACE(traceHandler, "updatePolicyMap: " << name << " keeps " << configCli << " for "
+                                                  << configKey << ", held by another reactor");
+      return;
+    }
   }
   updatePolicyMap(type, plugin, mode, configCli, configKey, policyMap, name, del);
-}
-
-void policyMapHoldDel(void const* holder, RoutingPolicyMap::PolicyType type,
-                      RoutingPolicyMap::PluginType plugin, RoutingPolicyMap::CliMode mode,
-                      Orb::String const& configCli, Orb::String const& configKey,
-                      PolicyMap const* policyMap, Orb::String const& name) {
-  policyHolds().holdDel(PolicyHold{policyMap, type, name, {plugin, mode, configCli, configKey}},
-                        holder);
 }
 
 std::size_t policyMapHolds() noexcept {

@@ -17,10 +17,10 @@ ROTOR_API void updatePolicyMap(RoutingPolicyMap::PolicyType type,
                                Orb::Ptr<RoutingPolicyMap::PolicyMap> const& policyMap,
                                Orb::String const& name, bool del);
 
-/// updatePolicyMap on behalf of one reactor, `holder`. A reason two reactors
-/// hold (the one being replaced and its successor) is withdrawn only when the
-/// last of them lets go; a reason nobody holds is withdrawn all the same, as
-/// updatePolicyMap does.
+/// updatePolicyMap on behalf of one reactor, `holder`. While a machine
+/// replaces another, a reason the new machine has registered is not
+/// withdrawn on behalf of the old one (see Holds.h); otherwise it is
+/// updatePolicyMap.
 ROTOR_API void updatePolicyMapFor(void const* holder, RoutingPolicyMap::PolicyType type,
                                   RoutingPolicyMap::PluginType plugin,
                                   RoutingPolicyMap::CliMode mode, Orb::String const& configCli,
@@ -28,15 +28,7 @@ ROTOR_API void updatePolicyMapFor(void const* holder, RoutingPolicyMap::PolicyTy
                                   Orb::Ptr<RoutingPolicyMap::PolicyMap> const& policyMap,
                                   Orb::String const& name, bool del);
 
-/// Lets go of `holder`'s hold on a reason without withdrawing it: the
-/// reactor no longer writes to that policy map, and the reason stays there.
-ROTOR_API void policyMapHoldDel(void const* holder, RoutingPolicyMap::PolicyType type,
-                                RoutingPolicyMap::PluginType plugin, RoutingPolicyMap::CliMode mode,
-                                Orb::String const& configCli, Orb::String const& configKey,
-                                RoutingPolicyMap::PolicyMap const* policyMap,
-                                Orb::String const& name);
-
-/// How many reasons some reactor holds, in all policy maps.
+/// How many reasons reactors hold now: none outside a replacement.
 ROTOR_API std::size_t policyMapHolds() noexcept;
 
 }  // namespace Tessel

@@ -1,0 +1,36 @@
+// The replacement in progress and the kinds of holds it drops when it ends.
+#include "Tessel/Holds.h"
+
+namespace Tessel {
+
+namespace {
+int replacements = 0;  // nested, on the event thread
+std::vector<HoldsBase*>& kinds() {
+  static std::vector<HoldsBase*> all;
+  return all;
+}
+}  // namespace
+
+bool machineReplacing() noexcept {
+  return replacements > 0;
+}
+
+MachineReplacement::MachineReplacement() noexcept {
+  ++replacements;
+}
+
+MachineReplacement::~MachineReplacement() {
+  if (--replacements > 0) return;
+  for (HoldsBase* kind : kinds())
+    kind->clear();
+}
+
+HoldsBase::HoldsBase() {
+  kinds().push_back(this);
+}
+
+HoldsBase::~HoldsBase() {
+  std::erase(kinds(), this);
+}
+
+}  // namespace Tessel
