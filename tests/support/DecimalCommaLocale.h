@@ -23,8 +23,13 @@ inline std::string decimalCommaLocale() {
     };
     if (usable()) return german;
     std::string const dir = testing::TempDir() + "rotor-locales";
-    std::string const make = "mkdir -p '" + dir + "' && localedef -i de_DE -f UTF-8 '" + dir + "/" +
-                             german + "' 2>/dev/null";
+    // Made once for all the test programs of a run, and moved in place
+    // whole, so a program running beside never reads half of it.
+    std::string const made = dir + "/" + german;
+    std::string const make = "test -d '" + made + "' || { mkdir -p '" + dir +
+                             "' && localedef -i de_DE -f UTF-8 '" + made + ".$$' 2>/dev/null && " +
+                             "{ mv -T '" + made + ".$$' '" + made + "' || rm -rf '" + made +
+                             ".$$'; }; }";
     if (std::system(make.c_str()) != 0) return std::string();
     ::setenv("LOCPATH", dir.c_str(), 1);
     return usable() ? german : std::string();
