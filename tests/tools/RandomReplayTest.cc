@@ -429,6 +429,24 @@ TEST_F(RandomReplayTest, InvariantsHoldExactlyAndReportWhatIsNotOwned) {
       ReplayInvariants::broken(*world));
 }
 
+// Found by a long run: a policy map replaced while a dynamic prefix list's
+// match map waits for its version. The copy holds what the agent listed;
+// had it kept the library's reason for the old match map, nothing would
+// ever withdraw it.
+TEST_F(RandomReplayTest, ReplacedPolicyMapKeepsNoReasonTheLibraryNoLongerHas) {
+  auto const scenario = Scenario::parse(
+      "list dynamic-prefix-list D2 by n1\n"
+      "dynamic-prefix-list D2 ipv6 P6 match-map C\n"
+      "version dynamic-prefix-list D2\n"
+      "dynamic-prefix-list D2 ipv4 P1\n"
+      "replace policy-map\n",
+      "t.scenario");
+  world.emplace(Scenario::World::Options{});
+  ASSERT_FALSE(Scenario::run(scenario, *world, true).divergence);
+  EXPECT_EQ("", ReplayInvariants::broken(*world));
+  EXPECT_EQ(nullptr, world->live().policyMap->routeMap("C"));
+}
+
 TEST_F(RandomReplayTest, PlantedFaultShrinksToASequenceWhoseEveryStepMatters) {
   // An engine that never receives the metric: a sequence shows it only when it
   // sets a metric sent under tag 1 and then has its map resent.

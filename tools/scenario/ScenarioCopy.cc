@@ -110,14 +110,20 @@ Orb::Ptr<Acl::Config> copyOf(Acl::Config const& from) {
   return to;
 }
 
+// What the other parts of the agent listed. The library's own reasons are
+// its output: the new machine registers those it has now, and a copied one
+// it no longer has (its map changed and not yet resent) would stay for good.
 Orb::Ptr<RoutingPolicyMap::PolicyMap> copyOf(RoutingPolicyMap::PolicyMap const& from) {
   using RoutingPolicyMap::PolicyMap;
   auto to = PolicyMap::create(from.name());
   auto copy = [&](PolicyMap::Requesters const& coll, auto add) {
     for (auto const& [name, requester] : coll) {
-      auto entry = ((*to).*add)(name);
-      for (auto const& [reason, unused] : requester->reason())
+      Orb::Ptr<RoutingPolicyMap::PolicyRequester> entry;
+      for (auto const& [reason, unused] : requester->reason()) {
+        if (reason.pluginType == RoutingPolicyMap::pluginTypeRouting) continue;
+        if (!entry) entry = ((*to).*add)(name);
         entry->reasonIs(reason);
+      }
     }
   };
   copy(from.routeMap(), &PolicyMap::routeMapIs);
