@@ -119,10 +119,7 @@ void BM_SequenceForgottenAmongListsInUse(benchmark::State& state) {
   }
   state.SetComplexityN(state.range(0));
 }
-BENCHMARK(BM_SequenceForgottenAmongListsInUse)
-    ->Arg(100)
-    ->Arg(3000)
-    ->Complexity(benchmark::o1);
+BENCHMARK(BM_SequenceForgottenAmongListsInUse)->Arg(100)->Arg(3000)->Complexity(benchmark::o1);
 
 }  // namespace
 
