@@ -31,10 +31,6 @@ Tessel::Holds<Orb::Name>& sentLists() {
 }
 }  // namespace
 
-std::size_t dynamicPrefixListHolds() noexcept {
-  return sentLists().size();
-}
-
 Orb::Ptr<DynPfxConfigSm> dynPfxConfigSmFactory(DynPfxConfigSm::ConfigPtr const& config,
                                                DynPfxConfigSm::PolicyMapPtr const& policyMap) {
   return Orb::make<DynPfxConfigSm>(config, policyMap);

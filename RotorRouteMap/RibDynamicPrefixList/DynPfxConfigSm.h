@@ -115,10 +115,6 @@ class ROTOR_API OrbDynamicPrefixList : public Orb::Reactor {
   bool initialized_ = false;
 };
 
-/// How many dynamic prefix lists reactors hold now: none outside a
-/// replacement.
-ROTOR_API std::size_t dynamicPrefixListHolds() noexcept;
-
 /// Makes the dynamic prefix-list reactor.
 ROTOR_API Orb::Ptr<DynPfxConfigSm> dynPfxConfigSmFactory(
     DynPfxConfigSm::ConfigPtr const& config, DynPfxConfigSm::PolicyMapPtr const& policyMap);

@@ -25,6 +25,13 @@ MachineReplacement::~MachineReplacement() {
     kind->clear();
 }
 
+std::size_t holdsLeft() noexcept {
+  std::size_t held = 0;
+  for (HoldsBase const* kind : kinds())
+    held += kind->size();
+  return held;
+}
+
 HoldsBase::HoldsBase() {
   kinds().push_back(this);
 }

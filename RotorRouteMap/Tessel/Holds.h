@@ -36,7 +36,11 @@ class ROTOR_API HoldsBase {
   HoldsBase(HoldsBase const&) = delete;
   HoldsBase& operator=(HoldsBase const&) = delete;
   virtual void clear() noexcept = 0;
+  virtual std::size_t size() const noexcept = 0;
 };
+
+/// How many things are held now, of every kind: none outside a replacement.
+ROTOR_API std::size_t holdsLeft() noexcept;
 
 /// The holders of each key, by identity. Only looked up, never walked, so
 /// its order does not matter.
@@ -61,7 +65,7 @@ class Holds final : public HoldsBase {
     m_.erase(key);
     return false;
   }
-  std::size_t size() const noexcept { return m_.size(); }
+  std::size_t size() const noexcept override { return m_.size(); }
   void clear() noexcept override { m_.clear(); }
 
  private:

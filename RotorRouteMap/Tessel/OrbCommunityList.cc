@@ -42,10 +42,6 @@ Holds<EntrySet>& entrySets() {
 
 }  // namespace
 
-std::size_t communitySetHolds() noexcept {
-  return entrySets().size();
-}
-
 OrbCommunityList::OrbCommunityList(Orb::Ptr<CommunityList const> list, AclListConfigSm* owner)
     : list_(std::move(list)), owner_(owner), notifiee_(this, list_) {
   notifiee_.hasNotificationActiveIs(true);
@@ -54,10 +50,6 @@ OrbCommunityList::OrbCommunityList(Orb::Ptr<CommunityList const> list, AclListCo
   communityListEntry_.delUnless([&](Orb::U32 seqno) { return entries.contains(seqno); });
   for (auto const& [seqno, entry] : entries)
     communityListEntryIs(entry);
-}
-
-OrbCommunityList::~OrbCommunityList() {
-  commSetNameDelAll();
 }
 
 L3::VrfName const& OrbCommunityList::vrfName() const noexcept {

@@ -26,7 +26,6 @@ class OrbCommunityListEntry;
 class ROTOR_API OrbCommunityList : public Orb::Reactor {
  public:
   OrbCommunityList(Orb::Ptr<Acl::CommunityList const> list, AclListConfigSm* owner);
-  ~OrbCommunityList() override;
 
   Orb::Ptr<Acl::CommunityList const> const& communityList() const noexcept { return list_; }
   Orb::Name const& name() const noexcept { return list_->name(); }
@@ -74,10 +73,6 @@ class ROTOR_API OrbCommunityList : public Orb::Reactor {
   Orb::ReactorColl<Orb::U32, OrbCommunityListEntry> communityListEntry_{this};
   Orb::HashMap<Orb::U32, bool> commSetName_;
 };
-
-/// How many entries' sets list reactors hold now: none outside a
-/// replacement.
-ROTOR_API std::size_t communitySetHolds() noexcept;
 
 class ROTOR_API OrbCommunityListEntry : public Orb::Reactor {
  public:

@@ -103,8 +103,4 @@ void updatePolicyMapFor(void const* holder, RoutingPolicyMap::PolicyType type,
   updatePolicyMap(type, plugin, mode, configCli, configKey, policyMap, name, del);
 }
 
-std::size_t policyMapHolds() noexcept {
-  return policyHolds().size();
-}
-
 }  // namespace Tessel

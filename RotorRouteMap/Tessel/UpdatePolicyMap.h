@@ -28,7 +28,4 @@ ROTOR_API void updatePolicyMapFor(void const* holder, RoutingPolicyMap::PolicyTy
                                   Orb::Ptr<RoutingPolicyMap::PolicyMap> const& policyMap,
                                   Orb::String const& name, bool del);
 
-/// How many reasons reactors hold now: none outside a replacement.
-ROTOR_API std::size_t policyMapHolds() noexcept;
-
 }  // namespace Tessel

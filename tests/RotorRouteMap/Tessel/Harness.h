@@ -13,11 +13,9 @@
 
 #include "Orb/Trace.h"
 #include "Rib/RecordingSink.h"
-#include "RibDynamicPrefixList/DynPfxConfigSm.h"
 #include "Tessel/Cog.h"
-#include "Tessel/OrbCommunityList.h"
+#include "Tessel/Holds.h"
 #include "Tessel/Root.h"
-#include "Tessel/UpdatePolicyMap.h"
 #include "Tessel/VrfStatusSm.h"
 
 namespace TesselTest {
@@ -63,10 +61,7 @@ class EngineTest : public ::testing::Test {
     Rib::engineSinkIs(previousSink_);
     Orb::traceSinkIs(previousTrace_);
     EXPECT_EQ(liveBefore_, Orb::Object::liveObjects()) << "objects leaked by the test";
-    EXPECT_EQ(0u, Tessel::policyMapHolds()) << "policy-map holds left by the test";
-    EXPECT_EQ(0u, Tessel::communitySetHolds()) << "community-set holds left by the test";
-    EXPECT_EQ(0u, RibDynamicPrefixList::dynamicPrefixListHolds())
-        << "dynamic prefix-list holds left by the test";
+    EXPECT_EQ(0u, Tessel::holdsLeft()) << "holds left after the test";
   }
 
   /// The commands sent since the last call, in canonical text.

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "Harness.h"
+#include "Tessel/Holds.h"
 #include "Tessel/RouteMapConfigSm.h"
 #include "Tessel/UpdatePolicyMap.h"
 
@@ -195,7 +196,7 @@ TEST_F(PolicyReferenceTest, ReplacedMachineryLeavesTheNewOnesReferences) {
   EXPECT_EQ("routeMap \"A\"" + agentLine + subRef("C", "A"), state());
   root->aclConfigIs(nullptr);
   EXPECT_EQ("routeMap \"A\"" + agentLine, state());
-  EXPECT_EQ(0u, Tessel::policyMapHolds()) << "every hold goes with its reactor";
+  EXPECT_EQ(0u, Tessel::holdsLeft()) << "holds end with the replacement";
 }
 
 TEST_F(PolicyReferenceTest, ReferencesSendNoEngineCommands) {
