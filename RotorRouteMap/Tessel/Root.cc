@@ -26,7 +26,9 @@ Orb::TypeRegistration rootType({"Tessel::Root",
                                  {Root::dynPfxListConfig_, "dynPfxListConfig"},
                                  {Root::policyMap_, "policyMap"},
                                  {Root::vrfStatusSm_, "vrfStatusSm"},
-                                 {Root::initialized_, "initialized"}},
+                                 {Root::initialized_, "initialized"},
+                                 {Root::engineMirror_, "engineMirror"},
+                                 {Root::reconcileAtRebuild_, "reconcileAtRebuild"}},
                                 {}});
 }  // namespace
 
@@ -44,6 +46,7 @@ Root::Root(Orb::Name name) : Entity(std::move(name), false) {
 Root::~Root() {
   commListUsersDel();
   vrfStatusSmDel();
+  if (mirror_ && Rib::engineMirror() == mirror_.get()) Rib::engineMirrorIs(nullptr);
   vrfCheckChanged();
 }
 
@@ -58,8 +61,13 @@ void Root::handleInitialized() {
   // index.
   if (Orb::Ptr<Root> const earlier = rmRoot; earlier && earlier.get() != this) {
     earlier->handleReplaced(name());
+    // The engine is the same: what the earlier root knew it holds, this one
+    // knows, down to what that tear-down left.
+    mirror_ = std::move(earlier->mirror_);
   }
   rmRoot = this;
+  // The mirror follows the current root.
+  Rib::engineMirrorIs(mirror_.get());
   vrfCheckChanged();
 }
 
@@ -180,6 +188,7 @@ void Root::vrfStatusSmIs(L3::VrfName const& vrfName, RouteMapConfigPtr const& ro
   replacing.reset();
   fresh->hasNotificationActiveIs(true);
   notify(vrfStatusSm_);
+  if (reconcileAtRebuildValue_ && mirror_) doReconcile();
 }
 
 void Root::vrfStatusSmDel() {
@@ -192,6 +201,34 @@ void Root::vrfStatusSmDel() {
   // else still holds it.
   RetiringVrf const retiring(gone->vrfName());
   gone->retire();
+}
+
+void Root::engineMirrorIs(bool on) {
+  if (on == engineMirror()) return;
+  if (on) {
+    mirror_ = std::make_unique<Rib::EngineModel>();
+    if (current()) Rib::engineMirrorIs(mirror_.get());
+  } else {
+    if (Rib::engineMirror() == mirror_.get()) Rib::engineMirrorIs(nullptr);
+    mirror_ = nullptr;
+  }
+  notify(engineMirror_);
+}
+
+void Root::reconcileAtRebuildIs(bool on) {
+  if (on == reconcileAtRebuildValue_) return;
+  reconcileAtRebuildValue_ = on;
+  notify(reconcileAtRebuild_);
+}
+
+ReconcileCount Root::doReconcile() {
+  // A reconcile's own fresh start builds a machine of its own, which must
+  // not reconcile again.
+  if (reconciling_) return {};
+  reconciling_ = true;
+  ReconcileCount const count = reconcile(*this);
+  reconciling_ = false;
+  return count;
 }
 
 void Root::initializedIs(bool v) {

@@ -4,15 +4,19 @@
 // present, and rebuilds it when an input is replaced.
 #pragma once
 
+#include <memory>
+
 #include "Acl/AclListConfig.h"
 #include "Acl/Config.h"
 #include "L3/VrfName.h"
 #include "Orb/Api.h"
 #include "Orb/Entity.h"
+#include "Rib/EngineModel.h"
 #include "Routing/DynamicPrefixList/Config.h"
 #include "Routing/RouteMap/Config.h"
 #include "RoutingPolicyMap/PolicyMap.h"
 #include "Tessel/CommListUsers.h"
+#include "Tessel/Reconcile.h"
 
 namespace Tessel {
 
@@ -31,6 +35,8 @@ class ROTOR_API Root : public Orb::Entity {
     policyMap_,
     vrfStatusSm_,
     initialized_,
+    engineMirror_,
+    reconcileAtRebuild_,
   };
 
   using RouteMapConfigPtr = Orb::Ptr<Routing::RouteMap::Config const>;
@@ -82,10 +88,32 @@ class ROTOR_API Root : public Orb::Entity {
   void vrfStatusSmDel();
 
   bool initialized() const noexcept { return initializedValue_; }
+  void initializedIs(bool v);
   /// Whether this is `rmRoot`. A root replaced by a later one keeps no
   /// VrfStatusSm, whatever its inputs.
   bool current() const noexcept;
-  void initializedIs(bool v);
+
+  /// Whether the root keeps a mirror of the engine: every command and commit
+  /// the library sends while the root is current, applied to a model of the
+  /// engine's tree. doReconcile compares it with a fresh start. Off: nothing
+  /// is kept and nothing costs. Turn it on before the inputs arrive, as the
+  /// mirror knows only what it has seen.
+  bool engineMirror() const noexcept { return mirror_ != nullptr; }
+  void engineMirrorIs(bool on);
+  /// The mirror, or null.
+  Rib::EngineModel const* mirror() const noexcept { return mirror_.get(); }
+  /// Whether every build of the per-VRF machinery (inputs complete again, an
+  /// input replaced, a rename reaching it) ends with a reconcile; only with
+  /// the mirror on.
+  bool reconcileAtRebuild() const noexcept { return reconcileAtRebuildValue_; }
+  void reconcileAtRebuildIs(bool on);
+  /// At a quiet moment (no handler running): works out what a fresh start on
+  /// the present configuration leaves in the engine and the policy map,
+  /// compares it with the mirror and the library's reasons, and sends only
+  /// the difference, then commits. Sends nothing when nothing differs, or
+  /// without the mirror, the machinery, or while a rename has not yet reached
+  /// the machinery.
+  ReconcileCount doReconcile();
 
  private:
   friend Orb::Ptr<Root> rootFactory(Orb::Name name);
@@ -107,6 +135,9 @@ class ROTOR_API Root : public Orb::Entity {
   PolicyMapPtr policyMapValue_;
   Orb::Ptr<VrfStatusSm> vrfStatusSmValue_;
   bool initializedValue_ = false;
+  std::unique_ptr<Rib::EngineModel> mirror_;
+  bool reconcileAtRebuildValue_ = false;
+  bool reconciling_ = false;
 };
 
 /// Makes a root, which becomes the current one (`rmRoot`), with its

@@ -62,6 +62,8 @@ class ROTOR_API EngineModel final : public EngineSink {
   std::vector<RecordedCommand> const& pendingCommands() const noexcept { return pending_; }
   /// Nodes in the committed tree, the root not counted.
   std::size_t nodes() const noexcept;
+  /// Whether the committed tree holds the node at `path`.
+  bool holds(std::vector<PathElement> const& path) const { return nodes_.contains(path); }
   /// Commits of either kind so far.
   std::size_t commits() const noexcept { return commits_; }
   /// Forgets the tree, the pending commands and the commit count.

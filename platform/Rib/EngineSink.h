@@ -24,6 +24,12 @@ class ROTOR_API EngineSink {
 ROTOR_API EngineSink* engineSinkIs(EngineSink* sink) noexcept;
 ROTOR_API EngineSink* engineSink() noexcept;
 
+/// Installs a second sink that sees every command and commit after the
+/// engine sink does (nullptr: none) and returns the previous one. The library
+/// keeps its record of what it sent there, whichever sink the agent installs.
+ROTOR_API EngineSink* engineMirrorIs(EngineSink* mirror) noexcept;
+ROTOR_API EngineSink* engineMirror() noexcept;
+
 /// Installs a sink for the lifetime of the guard, then puts the previous back.
 class ROTOR_API ScopedEngineSink {
  public:
