@@ -32,6 +32,12 @@ constexpr std::string_view kUsage =
     "  --check        after every settled statement, compare the engine state\n"
     "                 with a fresh replay of the configuration; report the first\n"
     "                 divergence and exit 1\n"
+    "  --reconcile    the root keeps a mirror of what it sent and repairs the\n"
+    "                 engine and the policy map at every rebuild of its\n"
+    "                 machinery (and with --check, after every settled\n"
+    "                 statement, before the check, which then excuses only\n"
+    "                 what no repair can undo); 'reconcile' statements need it\n"
+    "                 or a scenario that holds one\n"
     "  --help         this text\n"
     "\n"
     "exit status: 0 done, 1 divergence found, 2 bad usage or bad scenario\n";
@@ -67,6 +73,7 @@ struct Options {
   bool state = false;
   bool check = false;
   bool policyMap = false;
+  bool reconcile = false;
   std::string graph;
   std::string scenario;
 };
@@ -89,6 +96,8 @@ Options optionsOf(int argc, char** argv) {
       o.check = true;
     } else if (arg == "--policy-map") {
       o.policyMap = true;
+    } else if (arg == "--reconcile") {
+      o.reconcile = true;
     } else if (arg == "--graph") {
       if (++i == argc) usageError("--graph needs a file");
       o.graph = argv[i];
@@ -136,6 +145,8 @@ int main(int argc, char** argv) {
     worldOptions.shadow = options.check;
     worldOptions.stream = &stream;
     worldOptions.model = options.check || options.state;
+    worldOptions.reconcile = options.reconcile;
+    worldOptions.mirror = scenario.reconciles;
     // A policy-map line is printed the moment the change happens, so it
     // stands among the commands exactly where it happened.
     if (options.policyMap)

@@ -29,6 +29,13 @@ namespace {
 using Step = Scenario::RandomStep;
 using Steps = Scenario::RandomSteps;
 using Plant = std::function<bool(Rib::RecordedCommand const&)>;
+
+/// How a run is made: a fault planted in the model's feed (none when null),
+/// and whether the world reconciles before every check.
+struct Mode {
+  Plant plant;
+  bool reconcile = false;
+};
 using Generator = Scenario::RandomGenerator;
 using Scenario::textOf;
 
@@ -55,15 +62,16 @@ struct Tally {
 /// Runs the steps with the check on a new world whose model sees only what
 /// `plant` lets through, asserting the invariants after every settled
 /// statement and, once the world is gone, that no object outlived it.
-Outcome runSteps(Steps const& steps, Plant const& plant, Tally* tally = nullptr) {
+Outcome runSteps(Steps const& steps, Mode const& mode, Tally* tally = nullptr) {
   long const liveBefore = Orb::Object::liveObjects();
   Outcome outcome;
   try {
     auto scenario = Scenario::parse(textOf(steps), "random.scenario");
     Scenario::World::Options options;
     options.vrf = scenario.vrf;
+    options.reconcile = mode.reconcile;
     Scenario::World world(options);
-    world.modelFilterIs(plant);
+    world.modelFilterIs(mode.plant);
     Scenario::RunHooks hooks;
     hooks.after = [&](Scenario::Statement const& s) {
       if (!world.settled()) return;
@@ -101,9 +109,9 @@ Outcome runSteps(Steps const& steps, Plant const& plant, Tally* tally = nullptr)
 /// single steps until none can go, then single clauses, while it still fails.
 /// Candidates that no longer run (a version of a map whose creation was
 /// dropped) do not count as failing.
-Steps shrink(Steps steps, Plant const& plant) {
+Steps shrink(Steps steps, Mode const& mode) {
   auto keepIfFails = [&](Steps&& candidate) {
-    bool const fails = !candidate.empty() && runSteps(candidate, plant).fails;
+    bool const fails = !candidate.empty() && runSteps(candidate, mode).fails;
     if (fails) steps = std::move(candidate);
     return fails;
   };
@@ -155,8 +163,9 @@ struct Failure {
 /// shrunk, or nothing. A search longer than the default run reports its
 /// progress on standard error every `kProgressSteps` steps.
 constexpr std::size_t kDefaultSteps = 3000;
+constexpr std::size_t kDefaultReconcileSteps = 1500;
 constexpr std::size_t kProgressSteps = 30 * kStepsPerSeed;
-std::optional<Failure> search(unsigned firstSeed, std::size_t total, Plant const& plant,
+std::optional<Failure> search(unsigned firstSeed, std::size_t total, Mode const& mode,
                               bool otherKinds = true, Tally* tally = nullptr) {
   std::size_t const all = total;
   for (unsigned seed = firstSeed; total > 0; ++seed) {
@@ -170,14 +179,14 @@ std::optional<Failure> search(unsigned firstSeed, std::size_t total, Plant const
     Steps steps;
     for (std::size_t i = 0; i < count; ++i)
       steps.push_back(generator.next());
-    Outcome const outcome = runSteps(steps, plant, tally);
+    Outcome const outcome = runSteps(steps, mode, tally);
     if (!outcome.fails && !outcome.report.empty()) {
       ADD_FAILURE() << "seed " << seed << ": the generator wrote a statement the replay refuses:\n"
                     << outcome.report;
       return std::nullopt;
     }
     if (!outcome.fails) continue;
-    Steps shrunk = shrink(steps, plant);
+    Steps shrunk = shrink(steps, mode);
     std::string text = "# Shrunk from " + std::to_string(count) + " random steps of seed " +
                        std::to_string(seed) + ".\n" + textOf(shrunk);
     return Failure{seed, std::move(shrunk), std::move(text)};
@@ -187,7 +196,9 @@ std::optional<Failure> search(unsigned firstSeed, std::size_t total, Plant const
 
 using RandomReplayTest = ScenarioTestSupport::CheckedWorldTest;
 
-TEST_F(RandomReplayTest, RandomChangeSequencesMatchAFreshReplayWheneverSettled) {
+/// The search the environment asks for: `STEPS` (default `steps`) random
+/// steps from `SEED` on, reported when longer than the default.
+void searchAsAsked(char const* stepsVar, std::size_t steps, Mode const& mode) {
   auto env = [](char const* name, unsigned fallback) -> std::optional<unsigned> {
     char const* text = std::getenv(name);
     if (!text || !*text) return fallback;
@@ -200,11 +211,11 @@ TEST_F(RandomReplayTest, RandomChangeSequencesMatchAFreshReplayWheneverSettled) 
     return std::nullopt;
   };
   auto const seed = env("REPLAY_SEED", 1);
-  auto const steps = env("REPLAY_STEPS", kDefaultSteps);
-  if (!seed || !steps) return;
+  auto const total = env(stepsVar, static_cast<unsigned>(steps));
+  if (!seed || !total) return;
   Tally tally;
-  auto const failure = search(*seed, *steps, nullptr, true, &tally);
-  if (*steps > kDefaultSteps) {
+  auto const failure = search(*seed, *total, mode, true, &tally);
+  if (*total > kDefaultSteps) {
     std::cerr << "random replay: " << tally.checks << " settled states checked" << std::endl;
     for (auto const& [name, runs] : tally.known)
       std::cerr << "random replay: known divergence '" << name << "' in " << runs << " runs"
@@ -214,10 +225,21 @@ TEST_F(RandomReplayTest, RandomChangeSequencesMatchAFreshReplayWheneverSettled) 
   std::string const file = "random-replay-" + std::to_string(failure->seed) + ".scenario";
   std::ofstream(file) << failure->text;
   ADD_FAILURE() << "the check or an invariant failed; shrunk to " << failure->shrunk.size()
-                << " steps, written to " << file << " (policy-replay --check " << file
+                << " steps, written to " << file << " (policy-replay --check"
+                << (mode.reconcile ? " --reconcile " : " ") << file
                 << " replays it; only this test asserts the invariants):\n"
                 << failure->text << "\n"
-                << runSteps(failure->shrunk, nullptr).report;
+                << runSteps(failure->shrunk, mode).report;
+}
+
+TEST_F(RandomReplayTest, RandomChangeSequencesMatchAFreshReplayWheneverSettled) {
+  searchAsAsked("REPLAY_STEPS", kDefaultSteps, {});
+}
+
+// With a reconcile before every check, nothing but the name collisions no
+// repair undoes may differ from a fresh start.
+TEST_F(RandomReplayTest, RandomChangeSequencesMatchAFreshStartAfterEveryRepair) {
+  searchAsAsked("REPLAY_RECONCILE_STEPS", kDefaultReconcileSteps, {nullptr, true});
 }
 
 TEST_F(RandomReplayTest, GeneratorWritesEveryStatementAndClauseOfTheLanguage) {
@@ -454,7 +476,7 @@ TEST_F(RandomReplayTest, PlantedFaultShrinksToASequenceWhoseEveryStepMatters) {
     return !(c.name == "setIntValue" && !c.values.empty() && c.values.front().tag == 1);
   };
   // Route maps only, so the search finds the same short sequence it always has.
-  auto const failure = search(1, 20 * kStepsPerSeed, lostMetric, false);
+  auto const failure = search(1, 20 * kStepsPerSeed, {lostMetric}, false);
   ASSERT_TRUE(failure) << "no random sequence set a metric and resent it";
   Steps const& shrunk = failure->shrunk;
   ASSERT_LE(2u, shrunk.size()) << failure->text;
@@ -464,14 +486,14 @@ TEST_F(RandomReplayTest, PlantedFaultShrinksToASequenceWhoseEveryStepMatters) {
   for (std::size_t i = 0; i < shrunk.size(); ++i) {
     Steps without = shrunk;
     without.erase(without.begin() + static_cast<std::ptrdiff_t>(i));
-    EXPECT_FALSE(runSteps(without, lostMetric).fails) << "step " << i << " is not needed:\n"
-                                                      << failure->text;
+    EXPECT_FALSE(runSteps(without, {lostMetric}).fails) << "step " << i << " is not needed:\n"
+                                                        << failure->text;
   }
   // The printed scenario reads back and fails the same way.
   Steps reread;
   for (auto const& s : Scenario::parse(failure->text, "shrunk.scenario").statements)
     reread.push_back({s.text});
-  EXPECT_EQ(runSteps(reread, lostMetric).report, runSteps(shrunk, lostMetric).report)
+  EXPECT_EQ(runSteps(reread, {lostMetric}).report, runSteps(shrunk, {lostMetric}).report)
       << failure->text;
 }
 

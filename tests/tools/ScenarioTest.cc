@@ -177,7 +177,7 @@ TEST(ScenarioLanguage, RefusesBadLinesSayingWhereAndWhatWasExpected) {
        "t.scenario:1: expected a statement (vrf, route-map, no, version, route-map-mode, "
        "peer-filter, ip, ipv6, mac, access-list, as-path-list, as-path-regex-mode, "
        "community-list, community-list-version, dynamic-prefix-list, list, unlist, input, replace, "
-       "root, match, set, sub-route-map, seq), got 'frobnicate'"},
+       "root, reconcile, match, set, sub-route-map, seq), got 'frobnicate'"},
       {"no frob R\n",
        "t.scenario:1: expected one of no route-map, no peer-filter, no ip, no ipv6, no mac, "
        "no access-list, no as-path-list, no community-list, no dynamic-prefix-list, no match, "

@@ -24,6 +24,9 @@ class AsPathHoldBack {
   /// Whether the list reactor exists (every input present). Coming back, it
   /// empties the engine of every configured list and re-evaluates them.
   void upIs(bool up);
+  /// A reconcile deleted the lists left behind. A list held back stays so
+  /// in the list reactor, though the reconcile sent its entries.
+  void reconciled() { stale_.clear(); }
 
   /// The list is withdrawn although every entry is valid under the mode: an
   /// entry made invalid was corrected in place, which a fresh root sends.

@@ -10,11 +10,10 @@
 #include <optional>
 #include <set>
 #include <sstream>
-#include <utility>
 
-#include "Orb/Trace.h"
 #include "Rib/CommandText.h"
 #include "ScenarioRecords.h"
+#include "Tessel/FreshStart.h"
 
 namespace Scenario {
 
@@ -227,7 +226,7 @@ KnownDivergence const kKnown[] = {
     {"prefix-list-shares-ipv6-engine-name",
      "an IPv4 prefix list named \".ipv6.X\" is the engine node of the IPv6 list X: removing "
      "either removes both",
-     sharedPrefixListIdCovers},
+     sharedPrefixListIdCovers, nullptr, false},
     // Standard IP ACLs.
     {"acl-left-when-not-sent",
      "a standard ACL stays in the engine when it stops being sent without being removed: made "
@@ -262,7 +261,7 @@ KnownDivergence const kKnown[] = {
     {"community-set-name-shared",
      "entries of two lists whose names and numbers run together (entry 2 of a1, entry 12 of a) "
      "share one community set; the entry written last holds it",
-     sharedSetNameCovers},
+     sharedSetNameCovers, nullptr, false},
     {"community-clause-objects-left",
      "a removed route map, or a community clause removed from a sequence already sent, leaves "
      "its private community lists and sets in the engine",
@@ -276,6 +275,11 @@ KnownDivergence const kKnown[] = {
      "into its private list",
      incompleteEntryCovers},
 };
+
+// After a reconcile only what no repair undoes is excused.
+bool excusable(KnownDivergence const& k, World const& world) {
+  return k.repairable ? !world.reconciles() : true;
+}
 
 // The policy-map lines only one side holds that no known divergence covers,
 // as "-line" (live only) and "+line" (fresh only); the divergences that do
@@ -298,6 +302,7 @@ std::string policyDifference(std::string const& live, std::string const& fresh, 
       if (theirs.contains(line)) continue;
       KnownDivergence const* known = nullptr;
       for (KnownDivergence const& k : kKnown) {
+        if (!excusable(k, world)) continue;
         if (k.coversPolicy && k.coversPolicy(line, incremental, world)) known = &k;
       }
       if (known) {
@@ -320,18 +325,6 @@ Rib::RecordedCommand deleteOf(std::vector<Rib::PathElement> const& path) {
   return command;
 }
 
-/// Mutes tracing for its lifetime.
-class TraceMute {
- public:
-  TraceMute() : previous_(Orb::traceSinkIs(nullptr)) {}
-  ~TraceMute() { Orb::traceSinkIs(previous_); }
-  TraceMute(TraceMute const&) = delete;
-  TraceMute& operator=(TraceMute const&) = delete;
-
- private:
-  Orb::TraceSink* previous_;
-};
-
 }  // namespace
 
 std::span<KnownDivergence const> knownDivergences() {
@@ -340,29 +333,12 @@ std::span<KnownDivergence const> knownDivergences() {
 
 Rib::EngineModel freshReplay(Inputs const& inputs, L3::VrfName const& vrf,
                              std::string* policyMapState) {
-  Rib::EngineModel model;
-  Rib::ScopedEngineSink installed(model);
-  TraceMute mute;
-  // Made with no root current, the check's root replaces nothing: the live
-  // root keeps its machine, which hears nothing meanwhile.
-  Orb::Ptr<Tessel::Root> previous = std::exchange(Tessel::rmRoot, nullptr);
-  Orb::Ptr<Tessel::Root> root = Tessel::rootFactory("check");
-  root->vrfNameIs(vrf);
-  root->routeMapConfigIs(inputs.routeMapConfig);
-  root->peerFilterConfigIs(inputs.peerFilterConfig);
-  root->aclListConfigIs(inputs.aclListConfig);
-  root->aclConfigIs(inputs.aclConfig);
-  root->dynPfxListConfigIs(inputs.dynPfxListConfig);
-  root->policyMapIs(inputs.policyMap);
-  if (policyMapState) *policyMapState = RoutingPolicyMap::stateText(*inputs.policyMap);
-  // What the tear-down sends (dynamic prefix lists delete themselves,
-  // community sets go) is no part of the replay.
-  Rib::EngineModel replayed = model;
-  // The live root is current again before the fresh one is torn down, and
-  // the tear-down still goes to this model.
-  Tessel::rmRoot = previous;
-  root = nullptr;
-  return replayed;
+  Tessel::RootInputs const given{inputs.routeMapConfig,   inputs.peerFilterConfig,
+                                 inputs.aclListConfig,    inputs.aclConfig,
+                                 inputs.dynPfxListConfig, inputs.policyMap};
+  return Tessel::freshStart(given, vrf, [&] {
+    if (policyMapState) *policyMapState = RoutingPolicyMap::stateText(*inputs.policyMap);
+  });
 }
 
 CheckResult check(World const& world) {
@@ -393,6 +369,7 @@ CheckResult check(World const& world) {
   auto discount = [&](Rib::EngineModel& side, std::vector<Rib::PathElement> const& path,
                       bool isIncremental) {
     for (KnownDivergence const& k : kKnown) {
+      if (!excusable(k, world)) continue;
       if (k.covers && k.covers(path, isIncremental, world)) {
         used.insert(&k);
         side.apply(deleteOf(path));
@@ -436,8 +413,13 @@ RunResult run(Scenario const& scenario, World& world, bool checking, RunHooks co
     } catch (Refusal const& refusal) {
       throw ScenarioError(scenario.file, statement.line, refusal.what());
     }
+    if (!checking || !world.settled()) {
+      if (hooks.after) hooks.after(statement);
+      continue;
+    }
+    // The repair goes into the stream right after the statement it follows.
+    if (world.reconciles()) world.reconcile();
     if (hooks.after) hooks.after(statement);
-    if (!checking || !world.settled()) continue;
     ++result.checks;
     CheckResult checked = check(world);
     if (checked.known != knownBefore) {

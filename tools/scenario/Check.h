@@ -28,6 +28,9 @@ struct KnownDivergence {
   /// that only one side holds is part of this divergence; null for
   /// divergences of the engine alone.
   bool (*coversPolicy)(std::string const& line, bool incremental, World const& world) = nullptr;
+  /// Whether a reconcile undoes it; a world that reconciles before every
+  /// check is excused only what it cannot.
+  bool repairable = true;
 };
 
 /// The divergences the check knows; a later behaviour that differs on
@@ -80,8 +83,9 @@ struct RunHooks {
 };
 
 /// Runs the statements in order on `world`. With `checking`, checks after
-/// every statement that leaves the world settled and stops at the first
-/// divergence. A refused statement raises ScenarioError.
+/// every statement that leaves the world settled (reconciling first, when
+/// the world reconciles) and stops at the first divergence. A refused
+/// statement raises ScenarioError.
 RunResult run(Scenario const& scenario, World& world, bool checking, RunHooks const& hooks = {});
 
 }  // namespace Scenario

@@ -170,6 +170,12 @@ void parseRoot(Words& w, Context&, Statement& s) {
   s.effect.kind = Effect::Kind::rootReplaced;
 }
 
+void parseReconcile(Words& w, Context& c, Statement& s) {
+  w.expectEnd();
+  s.effect.kind = Effect::Kind::reconciled;
+  c.scenario->reconciles = true;
+}
+
 void parseInput(Words& w, Context&, Statement& s) {
   auto input = inputOf(w);
   static constexpr std::array<std::string_view, 2> states = {"off", "on"};
@@ -189,6 +195,7 @@ Row const kInputStatements[] = {
     {{"input"}, parseInput},
     {{"replace"}, parseReplace},
     {{"root"}, parseRoot},
+    {{"reconcile"}, parseReconcile},
 };
 
 // ---- the statement table

@@ -102,6 +102,7 @@ struct Effect {
     inputReplaced,  // `input` by a fresh copy of itself
     vrfRenamed,     // the root's VRF, to `name`
     rootReplaced,   // by a later root named `name`, given the same inputs
+    reconciled,     // the engine and the policy map brought to a fresh start's
   };
   Kind kind = Kind::none;
   ObjectKind object = ObjectKind::routeMap;
@@ -130,6 +131,8 @@ struct Scenario {
   std::string file;
   L3::VrfName vrf = "default";
   std::vector<Statement> statements;
+  /// Whether a statement reconciles, which needs the root's mirror.
+  bool reconciles = false;
 };
 
 /// Reads a whole scenario; the first bad line raises ScenarioError.

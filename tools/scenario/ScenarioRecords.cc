@@ -22,6 +22,14 @@ void listRecordsClear() {
   all().clear();
 }
 
+void listRecordsReconciled() {
+  for (auto& [config, records] : all()) {
+    records.abandonedAcls.clear();
+    records.unsentEntryRemovals.clear();
+    records.strandedEntryRemovals.clear();
+  }
+}
+
 void listRecordsMachineryIs(bool up) {
   for (auto& [config, records] : all()) {
     records.machineryUp = up;

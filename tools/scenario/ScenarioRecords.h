@@ -38,5 +38,8 @@ void listRecordsClear();
 /// The per-VRF machinery went (an input was taken) or was built anew:
 /// removals not yet sent never will be.
 void listRecordsMachineryIs(bool up);
+/// A reconcile left the engine as a fresh start leaves it: nothing lags and
+/// nothing is left behind; only the name collisions no repair undoes stay.
+void listRecordsReconciled();
 
 }  // namespace Scenario

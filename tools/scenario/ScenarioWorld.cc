@@ -30,6 +30,7 @@ World::World(Options options)
     policyWatch_ = std::make_unique<PolicyMapWatch>(live_.policyMap, options_.policyMap);
   if (options_.shadow) asPathHoldBack_ = std::make_unique<AsPathHoldBack>(shadow_.aclListConfig);
   root_ = Tessel::rootFactory("root");
+  mirrorIs(*root_);
   root_->vrfNameIs(options_.vrf);
   for (std::size_t i = 0; i < inputCount; ++i)
     inputIs(Input(i), true);
@@ -82,6 +83,24 @@ void World::rootInputIs(Input input, bool present) {
   }
 }
 
+void World::mirrorIs(Tessel::Root& root) const {
+  root.engineMirrorIs(options_.mirror || options_.reconcile);
+  root.reconcileAtRebuildIs(options_.reconcile);
+}
+
+void World::allSent() {
+  for (auto& names : pending_)
+    names.clear();
+  for (auto& names : removedWhileAway_)
+    names.clear();
+  listRecordsReconciled();
+  if (asPathHoldBack_) asPathHoldBack_->reconciled();
+}
+
+void World::reconcile() {
+  if (root_->doReconcile().reconciled) allSent();
+}
+
 void World::machineRebuilt() {
   listRecordsMachineryIs(false);
   if (asPathHoldBack_) {
@@ -92,6 +111,7 @@ void World::machineRebuilt() {
     names.clear();
   listRecordsMachineryIs(true);
   renamePending_ = false;
+  if (options_.reconcile) allSent();
 }
 
 void World::apply(Statement const& statement) {
@@ -100,6 +120,11 @@ void World::apply(Statement const& statement) {
       effect.kind == Effect::Kind::inputTaken || effect.kind == Effect::Kind::inputGiven ||
       effect.kind == Effect::Kind::inputReplaced || effect.kind == Effect::Kind::vrfRenamed ||
       effect.kind == Effect::Kind::rootReplaced;
+  if (effect.kind == Effect::Kind::reconciled && !root_->engineMirror()) {
+    throw Refusal(
+        "expected the root to keep a mirror for 'reconcile' (policy-replay "
+        "--reconcile, or World::Options::mirror)");
+  }
   if (renamePending_ && !lifecycle) {
     throw Refusal(
         "expected 'input', 'replace' or 'root' after renaming the VRF: the library "
@@ -148,6 +173,8 @@ void World::apply(Statement const& statement) {
         for (auto& names : pending_)
           names.clear();
         listRecordsMachineryIs(true);
+        // The new machine reconciled as it came.
+        if (options_.reconcile) allSent();
       }
       break;
     case Effect::Kind::inputReplaced:
@@ -168,6 +195,7 @@ void World::apply(Statement const& statement) {
       // The later root retires the earlier one's machine as it is made; the
       // earlier root goes once the later one has the inputs.
       Orb::Ptr<Tessel::Root> const earlier = std::exchange(root_, Tessel::rootFactory(effect.name));
+      mirrorIs(*root_);
       root_->vrfNameIs(options_.vrf);
       for (std::size_t i = 0; i < inputCount; ++i) {
         if (present_[i]) rootInputIs(Input(i), true);
@@ -175,6 +203,9 @@ void World::apply(Statement const& statement) {
       if (up) machineRebuilt();
       break;
     }
+    case Effect::Kind::reconciled:
+      reconcile();
+      break;
   }
 }
 

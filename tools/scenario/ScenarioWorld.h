@@ -39,6 +39,13 @@ class World {
     /// moment it happens, so it falls in place among the commands the stream
     /// sees (null: the policy map is not watched).
     PolicyMapWatch::Reader policyMap;
+    /// The root keeps a mirror of the engine, so `reconcile` statements can
+    /// repair what the stream left behind.
+    bool mirror = false;
+    /// The mirror, a reconcile at every build of the machinery, and, when
+    /// checking, one after every settled statement, before the check: the
+    /// check then excuses only what no repair can undo.
+    bool reconcile = false;
   };
 
   /// Installs the engine sinks, then makes the root with all six inputs, so
@@ -71,6 +78,11 @@ class World {
   /// command it builds meanwhile, so only input, replace, root and vrf
   /// statements are taken.
   bool renamePending() const noexcept { return renamePending_; }
+  /// Whether the world repairs before every check.
+  bool reconciles() const noexcept { return options_.reconcile; }
+  /// Reconciles the live root; afterwards nothing is pending and nothing
+  /// left behind, when the machinery was there to reconcile.
+  void reconcile();
   Inputs const& live() const noexcept { return live_; }
   /// The configuration as the statements left it, watched by nobody.
   Inputs& shadow() noexcept { return shadow_; }
@@ -110,6 +122,11 @@ class World {
   /// The machine was built anew while every input stayed: it sent every
   /// object whole, and the one before took the removals it had not sent.
   void machineRebuilt();
+  /// Makes the root keep its mirror, and reconcile at rebuilds, as asked.
+  void mirrorIs(Tessel::Root& root) const;
+  /// Forgets what lagged behind or was left behind: the engine holds what a
+  /// fresh start does.
+  void allSent();
 
   /// The model's way in, through the test filter.
   struct ModelFeed final : Rib::EngineSink {
