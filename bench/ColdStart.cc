@@ -7,176 +7,12 @@
 
 #include <memory>
 
-#include "Inputs.h"
+#include "AllocCounter.h"
 #include "PerCommand.h"
 #include "Rib/NullSink.h"
-#include "Tessel/Root.h"
+#include "W4.h"
 
 namespace {
-
-using Orb::String;
-using Orb::U32;
-using Routing::RouteMap::CommunitySet;
-using Routing::RouteMap::MapEntry;
-using Routing::RouteMap::MatchRule;
-
-constexpr U32 kRouteMaps = 1000;
-constexpr U32 kSequencesPerMap = 10;
-constexpr U32 kPrefixLists = 100;
-constexpr U32 kPrefixEntries = 1000;
-constexpr U32 kAsPathLists = 500;
-constexpr U32 kAsPathEntries = 5;
-constexpr U32 kCommunityLists = 500;
-/// Every fifth sequence adds the communities of a list: 2,000 clauses.
-constexpr U32 kCommunityClauseEvery = 5;
-constexpr U32 kAcls = 100;
-constexpr U32 kAclRules = 10;
-constexpr U32 kPeerFilters = 100;
-constexpr U32 kPeerFilterSequences = 5;
-constexpr U32 kDynamicPrefixLists = 100;
-
-/// Configured objects: every named object and every entry, sequence and rule
-/// within one; what the heap figures are divided by.
-constexpr double kObjects =
-    kRouteMaps * (1 + kSequencesPerMap) + kPrefixLists * (1 + kPrefixEntries) +
-    kAsPathLists * (1 + kAsPathEntries) + kCommunityLists * 2 + kAcls * (1 + kAclRules) +
-    kPeerFilters * (1 + kPeerFilterSequences) + kDynamicPrefixLists;
-
-void routeMapsIs(Routing::RouteMap::Config& config) {
-  for (U32 m = 0; m < kRouteMaps; ++m) {
-    auto map = config.routeMapIs(String::format("RM%u", m));
-    for (U32 s = 1; s <= kSequencesPerMap; ++s) {
-      U32 const i = m * kSequencesPerMap + s;
-      auto e = map->mapEntryIs(s * 10);
-      MatchRule prefix;
-      prefix.option = Routing::RouteMap::matchPrefixList;
-      prefix.strValue = String::format("PL%u", i % kPrefixLists);
-      e->matchRuleIs(prefix);
-      MatchRule proto;
-      proto.option = Routing::RouteMap::matchProtocol;
-      proto.intValue = 1 + i % 9;
-      e->matchRuleIs(proto);
-      MapEntry::SetFlags flags{MapEntry::SetFlags::metric | MapEntry::SetFlags::nextHop |
-                               MapEntry::SetFlags::asPathPrepend};
-      e->metricIs(static_cast<Orb::S32>(i));
-      e->nextHopIs(Kiwi::IpAddr(0x0a000000u + i));
-      MapEntry::AsPath prepend;
-      prepend.set(0, 65000 + i % 100);
-      e->asPathPrependIs(prepend);
-      if (i % kCommunityClauseEvery == 0) {
-        Orb::Name const list = String::format("CL%u", i / kCommunityClauseEvery % kCommunityLists);
-        e->communityAddReplaceIs(CommunitySet::create({Acl::commSetAdd_, true, {list}, {}}));
-        flags.bits |= MapEntry::SetFlags::communityAddReplace;
-      }
-      e->setFlagsIs(flags);
-    }
-  }
-}
-
-void peerFiltersIs(Routing::RouteMap::PeerFilterConfig& config) {
-  for (U32 f = 0; f < kPeerFilters; ++f) {
-    auto filter = config.peerFilterIs(String::format("PF%u", f));
-    for (U32 s = 1; s <= kPeerFilterSequences; ++s) {
-      auto e = filter->mapEntryIs(s * 10);
-      e->permitIs(s % 2 ? Acl::permit : Acl::deny);
-      MatchRule range;
-      range.option = Routing::RouteMap::matchAsRange;
-      range.intValue = 64512 + s * 100;
-      range.rangeHigh = range.intValue + 99;
-      e->matchRuleIs(range);
-    }
-  }
-}
-
-void listsIs(Acl::AclListConfig& lists) {
-  for (U32 l = 0; l < kPrefixLists; ++l) {
-    auto list = lists.prefixListIs(String::format("PL%u", l));
-    for (U32 i = 1; i <= kPrefixEntries; ++i) {
-      Kiwi::Prefix const prefix(Kiwi::IpAddr(0x0a000000u + (l << 16) + (i << 4)), 28);
-      list->prefixEntryIs({i * 10, i % 7 ? Acl::permit : Acl::deny, prefix, 0, 0});
-    }
-    list->versionInc();
-  }
-  for (U32 l = 0; l < kAsPathLists; ++l) {
-    auto list = lists.asPathListIs(String::format("AP%u", l));
-    for (U32 s = 1; s <= kAsPathEntries; ++s) {
-      Acl::AsPathEntry e;
-      e.seqno = s * 10;
-      e.regex = String::format("_%u_", 65000 + (l + s) % 1000);
-      list->pathEntryIs(e);
-    }
-    list->versionInc();
-  }
-  for (U32 l = 0; l < kCommunityLists; ++l) {
-    auto list = lists.communityListIs(String::format("CL%u", l));
-    auto e = list->communityListEntryIs(10);
-    e->communityValueIs({{0, 0, 0xfde80000u + l}});
-    e->versionIs(1);
-  }
-}
-
-void aclsIs(Acl::Config& config) {
-  auto type = config.aclTypeConfigIs(Acl::aclTypeIp);
-  for (U32 a = 0; a < kAcls; ++a) {
-    auto acl = type->aclIs(String::format("ACL%u", a));
-    acl->standardIs(true);
-    Acl::AclCurrentConfig::SeqToId seqs;
-    Acl::AclCurrentConfig::IdToRule rules;
-    for (U32 r = 1; r <= kAclRules; ++r) {
-      Acl::IpRuleConfig rule;
-      rule.action = r % 3 ? 1 : 0;
-      rule.filter.sourceIs({Kiwi::IpAddr(0xc0a80000u + (a << 8) + r), 0xffffffffu});
-      Acl::UniqueId const id{r};
-      seqs.set(r * 10, id);
-      rules.set(id, rule);
-    }
-    acl->currCfgIs(Orb::make<Acl::AclCurrentConfig>(std::move(seqs), std::move(rules)));
-  }
-}
-
-void dynamicPrefixListsIs(Routing::DynamicPrefixList::Config& config,
-                          RoutingPolicyMap::PolicyMap& policyMap) {
-  RoutingPolicyMap::Requester const bench{RoutingPolicyMap::pluginTypeNone,
-                                          RoutingPolicyMap::cliModeNone, "", "bench"};
-  for (U32 d = 0; d < kDynamicPrefixLists; ++d) {
-    Orb::Name const name = String::format("DPL%u", d);
-    auto list = config.dynamicPrefixListIs(name);
-    list->ipv4PrefixListIs(String::format("PL%u", d % kPrefixLists));
-    list->matchMapIs(String::format("RM%u", d));
-    list->versionInc();
-    policyMap.dynamicPrefixListIs(name)->reasonIs(bench);
-  }
-}
-
-/// A root for VRF "default" holding five of its six inputs, the W4
-/// configuration in them and in the sixth, the policy map; `start` gives the
-/// policy map, which builds the VrfStatusSm.
-struct World {
-  World() {
-    root = Tessel::rootFactory("bench");
-    root->vrfNameIs("default");
-    auto routeMaps = Routing::RouteMap::Config::create("rm");
-    routeMapsIs(*routeMaps);
-    auto peerFilters = Routing::RouteMap::PeerFilterConfig::create("pf");
-    peerFiltersIs(*peerFilters);
-    auto lists = Acl::AclListConfig::create("acllist");
-    listsIs(*lists);
-    auto acls = Acl::Config::create("acl");
-    aclsIs(*acls);
-    auto dynamicPrefixLists = Routing::DynamicPrefixList::Config::create("dynpfx");
-    policyMap = RoutingPolicyMap::PolicyMap::create("pmap");
-    dynamicPrefixListsIs(*dynamicPrefixLists, *policyMap);
-    Bench::Inputs{routeMaps, peerFilters, lists, acls, dynamicPrefixLists, policyMap}.giveTo(
-        *root, Bench::Inputs::Held::policyMap);
-  }
-  void start() { root->policyMapIs(policyMap); }
-  ~World() {
-    root = nullptr;
-    Tessel::rmRoot = nullptr;
-  }
-  Orb::Ptr<Tessel::Root> root;
-  Orb::Ptr<RoutingPolicyMap::PolicyMap> policyMap;
-};
 
 void BM_W4_ColdStart(benchmark::State& state) {
   Rib::NullSink sink;
@@ -185,19 +21,19 @@ void BM_W4_ColdStart(benchmark::State& state) {
   // what the start adds to the heap at its highest and once done.
   Bench::AllocStats heap;
   {
-    World world;
+    Bench::W4World world;
     Bench::AllocCounter counter(Bench::AllocCounter::Mode::live);
     world.start();
     heap = counter.stats();
   }
   Bench::Yardstick const yardstick = [] {
-    World world;
+    Bench::W4World world;
     return Bench::yardstickOf(Bench::recordingOf([&] { world.start(); }));
   }();
   Bench::TimedParts timed(sink);
   for (auto _ : state) {
     state.PauseTiming();
-    auto world = std::make_unique<World>();
+    auto world = std::make_unique<Bench::W4World>();
     state.ResumeTiming();
     timed.enter();
     world->start();
@@ -209,9 +45,9 @@ void BM_W4_ColdStart(benchmark::State& state) {
   Bench::LoopTotals const totals = timed.totals();
   Bench::reportPerCommand(state, totals, yardstick);
   state.counters["commands/start"] = totals.commands / static_cast<double>(state.iterations());
-  state.counters["objects"] = kObjects;
-  state.counters["peak bytes/object"] = static_cast<double>(heap.peak) / kObjects;
-  state.counters["held bytes/object"] = static_cast<double>(heap.live) / kObjects;
+  state.counters["objects"] = Bench::w4Objects;
+  state.counters["peak bytes/object"] = static_cast<double>(heap.peak) / Bench::w4Objects;
+  state.counters["held bytes/object"] = static_cast<double>(heap.live) / Bench::w4Objects;
 }
 BENCHMARK(BM_W4_ColdStart)->Unit(benchmark::kMillisecond)->Iterations(3);
 
