@@ -608,7 +608,8 @@ ReconcileCount reconcile(Root& root) {
   // deletes itself, and the engine repair then starts from there.
   count.reasons = reconcilePolicyMap(root, *sm, wantedReasons);
   count.objects = EngineRepair(root, *sm, *mirror, want).run();
-  if (!(*mirror == want)) {
+  // Only worth the walk when someone reads the answer.
+  if (Orb::traceEnabled(traceDelete) && !(*mirror == want)) {
     ORB_TRACE(traceDelete, "reconcile: the engine still differs in "
                                << Rib::changedNodes(*mirror, want).size() << " nodes");
   }

@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <iterator>
+#include <mutex>
 #include <ostream>
+#include <set>
 #include <tuple>
 
 #include "Orb/Text.h"
@@ -45,10 +47,6 @@ std::string elementText(PathElement const& e) {
   return out;
 }
 
-bool isWithin(std::vector<PathElement> const& path, std::vector<PathElement> const& node) {
-  return node.size() >= path.size() && std::equal(path.begin(), path.end(), node.begin());
-}
-
 }  // namespace
 
 bool EngineModel::elementLess(PathElement const& a, PathElement const& b) noexcept {
@@ -60,20 +58,84 @@ bool EngineModel::elementLess(PathElement const& a, PathElement const& b) noexce
          std::forward_as_tuple(bKey, b.tag, kindRank(b.kind), b.number, b.text);
 }
 
-bool EngineModel::PathLess::operator()(std::vector<PathElement> const& a,
-                                       std::vector<PathElement> const& b) const noexcept {
-  return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), elementLess);
+EngineModel::EngineModel(EngineModel const& o)
+    : root_(copyOf(*o.root_)), nodes_(o.nodes_), pending_(o.pending_), commits_(o.commits_) {}
+
+EngineModel& EngineModel::operator=(EngineModel const& o) {
+  if (this != &o) {
+    root_ = copyOf(*o.root_);
+    nodes_ = o.nodes_;
+    pending_ = o.pending_;
+    commits_ = o.commits_;
+  }
+  return *this;
 }
 
+EngineModel::~EngineModel() = default;
+
+std::unique_ptr<EngineModel::Node> EngineModel::copyOf(Node const& node) {
+  auto out = std::make_unique<Node>();
+  out->values = node.values;
+  out->written = node.written;
+  out->writer = node.writer;
+  for (auto const& [element, child] : node.children)
+    out->children.emplace_hint(out->children.end(), element, copyOf(*child));
+  return out;
+}
+
+bool EngineModel::equal(Node const& a, Node const& b) {
+  if (!a.sameAs(b) || a.children.size() != b.children.size()) return false;
+  auto ib = b.children.begin();
+  for (auto const& [element, child] : a.children) {
+    if (!(ib->first == element) || !equal(*child, *ib->second)) return false;
+    ++ib;
+  }
+  return true;
+}
+
+std::size_t EngineModel::count(Node const& node) {
+  std::size_t n = node.children.size();
+  for (auto const& [element, child] : node.children)
+    n += count(*child);
+  return n;
+}
+
+EngineModel::Node const* EngineModel::find(std::vector<PathElement> const& path) const {
+  Node const* node = root_.get();
+  for (PathElement const& e : path) {
+    auto it = node->children.find(e);
+    if (it == node->children.end()) return nullptr;
+    node = it->second.get();
+  }
+  return node;
+}
+
+namespace {
+
+/// Command names, kept once: a node names its last writer without a copy.
+/// Shared by every model, and models may live on several threads.
+std::string_view interned(std::string_view name) {
+  static std::mutex guard;
+  static std::set<std::string, std::less<>> names;
+  std::lock_guard const lock(guard);
+  auto it = names.find(name);
+  if (it == names.end()) it = names.emplace(name).first;
+  return *it;
+}
+
+}  // namespace
+
 void EngineModel::execute(CogOp const& op) {
+  // Copied, not held: the library may reuse a command's arrays for the
+  // next one once this one is executed.
   pending_.push_back(RecordedCommand::of(op));
 }
 
 void EngineModel::commit(CommitKind /*kind*/) {
   // Both kinds end the transaction; the synchronous one only makes the
   // library wait, which a model never has to.
-  for (RecordedCommand const& command : pending_)
-    run(command);
+  for (RecordedCommand const& record : pending_)
+    run(record);
   pending_.clear();
   ++commits_;
 }
@@ -92,70 +154,94 @@ void EngineModel::apply(RecordedCommand const& record) {
   }
 }
 
+std::vector<RecordedCommand> const& EngineModel::pendingCommands() const noexcept {
+  return pending_;
+}
+
 void EngineModel::run(RecordedCommand const& command) {
-  std::vector<PathElement> const& path = command.path;
+  std::size_t const depth = command.path.size();
   if (command.isDelete) {
     // The node goes with everything below it; its values, if the command
     // carries any, mean nothing. A node that is not there leaves nothing to
     // do, as the library relies on when it deletes before it writes.
-    auto first = nodes_.lower_bound(path);
-    auto last = first;
-    while (last != nodes_.end() && isWithin(path, last->first))
-      ++last;
-    nodes_.erase(first, last);
-    forgetEmptyAncestors(path);
+    if (depth == 0) {
+      root_ = std::make_unique<Node>();
+      nodes_ = 0;
+      return;
+    }
+    // The nodes above it, so that those it leaves empty can go too.
+    std::vector<Node*> above{root_.get()};
+    for (std::size_t i = 0; i + 1 < depth; ++i) {
+      auto it = above.back()->children.find(command.path[i]);
+      if (it == above.back()->children.end()) return;
+      above.push_back(it->second.get());
+    }
+    auto it = above.back()->children.find(command.path[depth - 1]);
+    if (it == above.back()->children.end()) return;
+    nodes_ -= 1 + count(*it->second);
+    above.back()->children.erase(it);
+    // A node only created as an ancestor has no values, so nothing below it
+    // means nothing in it, as the engine forgets a container it only made
+    // implicitly. The walk stops at the first node that stays.
+    for (std::size_t d = above.size(); d-- > 1;) {
+      Node const& node = *above[d];
+      if (node.written || !node.children.empty()) return;
+      above[d - 1]->children.erase(above[d - 1]->children.find(command.path[d - 1]));
+      --nodes_;
+    }
     return;
   }
   // Writing a node brings every node above it into being, bare: the engine
   // creates the containers a path runs through.
-  for (std::size_t depth = 1; depth < path.size(); ++depth)
-    nodes_.try_emplace(std::vector<PathElement>(path.begin(), path.begin() + depth));
-  Node& node = nodes_[path];
-  if (replacesValues(command.name.view())) node.values.clear();
+  Node* node = root_.get();
+  for (std::size_t i = 0; i < depth; ++i) {
+    PathElement const& e = command.path[i];
+    auto it = node->children.find(e);
+    if (it == node->children.end()) {
+      it = node->children.emplace_hint(it, e, std::make_unique<Node>());
+      ++nodes_;
+    }
+    node = it->second.get();
+  }
+  Values& values = node->values;
+  if (replacesValues(command.name.view())) values.clear();
   // Each value overwrites the one under its tag and leaves the others be; a
   // reset returns its tag to the default, which the model shows as absent.
-  for (TaggedValue const& v : command.values) {
-    if (std::holds_alternative<Reset>(v.data)) {
-      node.values.erase(v.tag);
+  for (TaggedValue const& value : command.values) {
+    Orb::U32 const tag = value.tag;
+    auto at = std::lower_bound(values.begin(), values.end(), tag,
+                               [](auto const& v, Orb::U32 t) { return v.first < t; });
+    bool const there = at != values.end() && at->first == tag;
+    if (std::holds_alternative<Reset>(value.data)) {
+      if (there) values.erase(at);
+    } else if (there) {
+      at->second = value.data;
     } else {
-      node.values.insert_or_assign(v.tag, v.data);
+      values.emplace(at, tag, value.data);
     }
   }
-  node.written = true;
-  node.writer = command.name;
-}
-
-void EngineModel::forgetEmptyAncestors(std::vector<PathElement> const& path) {
-  // Only a delete empties a node, and only the nodes on its path can have
-  // lost their last child. A node only created as an ancestor has no values,
-  // so nothing below it means nothing in it. The walk stops at the first node
-  // that stays: everything above it still holds it.
-  for (std::size_t depth = path.size(); depth-- > 1;) {
-    auto it = nodes_.find(std::vector<PathElement>(path.begin(), path.begin() + depth));
-    if (it == nodes_.end() || it->second.written) return;
-    auto next = std::next(it);
-    if (next != nodes_.end() && isWithin(it->first, next->first)) return;
-    nodes_.erase(it);
-  }
+  node->written = true;
+  node->writer = interned(command.name.view());
 }
 
 std::size_t EngineModel::nodes() const noexcept {
-  return nodes_.size() - nodes_.count({});
+  return nodes_;
 }
 
 void EngineModel::clear() noexcept {
-  nodes_.clear();
+  root_ = std::make_unique<Node>();
+  nodes_ = 0;
   pending_.clear();
   commits_ = 0;
 }
 
-std::string EngineModel::lineOf(std::vector<PathElement> const& path, Node const& node) {
+std::string EngineModel::lineOf(std::vector<PathElement const*> const& path, Node const& node) {
   std::string line;
   if (path.empty()) {
     line = "[]";
   } else {
     line.assign(2 * (path.size() - 1), ' ');
-    line += elementText(path.back());
+    line += elementText(*path.back());
   }
   for (auto const& [tag, data] : node.values) {
     line += ' ';
@@ -163,41 +249,71 @@ std::string EngineModel::lineOf(std::vector<PathElement> const& path, Node const
   }
   if (node.written) {
     line += " (";
-    line += node.writer.str();
+    line += node.writer;
     line += ')';
   }
   return line;
 }
 
-std::string EngineModel::stateText() const {
-  std::string out;
-  for (auto const& [path, node] : nodes_) {
-    out += lineOf(path, node);
-    out += '\n';
-  }
-  return out;
-}
-
 template <typename Visit>
-void EngineModel::walk(EngineModel const& a, EngineModel const& b, Visit visit) {
-  PathLess const less;
-  auto ia = a.nodes_.begin();
-  auto ib = b.nodes_.begin();
-  while (ia != a.nodes_.end() || ib != b.nodes_.end()) {
-    bool const takeA =
-        ib == b.nodes_.end() || (ia != a.nodes_.end() && !less(ib->first, ia->first));
-    bool const takeB =
-        ia == a.nodes_.end() || (ib != b.nodes_.end() && !less(ia->first, ib->first));
-    visit((takeA ? ia : ib)->first, takeA ? &ia->second : nullptr, takeB ? &ib->second : nullptr);
+void EngineModel::walk(Node const* a, Node const* b, std::vector<PathElement const*>& path,
+                       Visit& visit) {
+  // Children of both in their common order: an element only one side holds
+  // brings its whole subtree from that side alone.
+  auto ia = a ? a->children.begin() : Children::const_iterator();
+  auto ea = a ? a->children.end() : Children::const_iterator();
+  auto ib = b ? b->children.begin() : Children::const_iterator();
+  auto eb = b ? b->children.end() : Children::const_iterator();
+  while (ia != ea || ib != eb) {
+    bool const takeA = ib == eb || (ia != ea && !elementLess(ib->first, ia->first));
+    bool const takeB = ia == ea || (ib != eb && !elementLess(ia->first, ib->first));
+    Node const* na = takeA ? ia->second.get() : nullptr;
+    Node const* nb = takeB ? ib->second.get() : nullptr;
+    path.push_back(takeA ? &ia->first : &ib->first);
+    visit(path, na, nb);
+    walk(na, nb, path, visit);
+    path.pop_back();
     if (takeA) ++ia;
     if (takeB) ++ib;
   }
 }
 
+template <typename Visit>
+void EngineModel::walk(EngineModel const& a, EngineModel const& b, Visit visit) {
+  std::vector<PathElement const*> path;
+  // The root counts as a node only where a command wrote it.
+  Node const* ra = a.root_->written ? a.root_.get() : nullptr;
+  Node const* rb = b.root_->written ? b.root_.get() : nullptr;
+  if (ra || rb) visit(path, ra, rb);
+  walk(a.root_.get(), b.root_.get(), path, visit);
+}
+
+std::string EngineModel::stateText() const {
+  std::string out;
+  EngineModel const none;
+  walk(*this, none, [&](auto const& path, Node const* node, Node const*) {
+    out += lineOf(path, *node);
+    out += '\n';
+  });
+  return out;
+}
+
+namespace {
+
+std::vector<PathElement> pathOf(std::vector<PathElement const*> const& path) {
+  std::vector<PathElement> out;
+  out.reserve(path.size());
+  for (PathElement const* e : path)
+    out.push_back(*e);
+  return out;
+}
+
+}  // namespace
+
 std::vector<NodeChange> changedNodes(EngineModel const& a, EngineModel const& b) {
   std::vector<NodeChange> out;
   EngineModel::walk(a, b, [&](auto const& path, auto const* na, auto const* nb) {
-    if (!na || !nb || *na != *nb) out.push_back({path, na != nullptr, nb != nullptr});
+    if (!na || !nb || !na->sameAs(*nb)) out.push_back({pathOf(path), na != nullptr, nb != nullptr});
   });
   return out;
 }
@@ -216,7 +332,7 @@ std::string diff(EngineModel const& a, EngineModel const& b) {
   EngineModel::walk(a, b, [&](auto const& path, auto const* na, auto const* nb) {
     while (!above.empty() && above.back().depth >= path.size())
       above.pop_back();
-    if (na && nb && *na == *nb) {
+    if (na && nb && na->sameAs(*nb)) {
       above.push_back({path.size(), EngineModel::lineOf(path, *na), false});
       return;
     }

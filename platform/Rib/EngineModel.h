@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <iosfwd>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -50,6 +51,13 @@ struct NodeChange;
 /// order, at the next commit of either kind, as in the engine's transaction.
 class ROTOR_API EngineModel final : public EngineSink {
  public:
+  EngineModel() = default;
+  EngineModel(EngineModel const& o);
+  EngineModel& operator=(EngineModel const& o);
+  EngineModel(EngineModel&&) noexcept = default;
+  EngineModel& operator=(EngineModel&&) noexcept = default;
+  ~EngineModel() override;
+
   void execute(CogOp const& op) override;
   void commit(CommitKind kind) override;
 
@@ -59,11 +67,11 @@ class ROTOR_API EngineModel final : public EngineSink {
   void apply(RecordedCommand const& record);
 
   /// Commands executed since the last commit, in execution order.
-  std::vector<RecordedCommand> const& pendingCommands() const noexcept { return pending_; }
+  std::vector<RecordedCommand> const& pendingCommands() const noexcept;
   /// Nodes in the committed tree, the root not counted.
   std::size_t nodes() const noexcept;
   /// Whether the committed tree holds the node at `path`.
-  bool holds(std::vector<PathElement> const& path) const { return nodes_.contains(path); }
+  bool holds(std::vector<PathElement> const& path) const { return find(path) != nullptr; }
   /// Commits of either kind so far.
   std::size_t commits() const noexcept { return commits_; }
   /// Forgets the tree, the pending commands and the commit count.
@@ -86,7 +94,7 @@ class ROTOR_API EngineModel final : public EngineSink {
   /// and the replay check compares engines built by different command
   /// sequences. Pending commands and commit counts do not count either.
   friend bool operator==(EngineModel const& a, EngineModel const& b) {
-    return a.nodes_ == b.nodes_;
+    return equal(*a.root_, *b.root_);
   }
 
   /// The order of sibling nodes: path ids before keys; path ids by number;
@@ -95,33 +103,43 @@ class ROTOR_API EngineModel final : public EngineSink {
   static bool elementLess(PathElement const& a, PathElement const& b) noexcept;
 
  private:
-  struct PathLess {
-    bool operator()(std::vector<PathElement> const& a,
-                    std::vector<PathElement> const& b) const noexcept;
-  };
-  struct Node {
-    std::map<Orb::U32, ValueData> values;
-    bool written = false;  // by a command, not only created as an ancestor
-    Orb::String writer;    // the last command that wrote it; shown, not compared
-
-    friend bool operator==(Node const& a, Node const& b) {
-      return a.values == b.values && a.written == b.written;
+  struct ElementLess {
+    bool operator()(PathElement const& a, PathElement const& b) const noexcept {
+      return elementLess(a, b);
     }
   };
-  // Keyed by the full path: ordering paths element by element with parents
-  // before their descendants lays the map out as a depth-first walk of the
-  // tree, so a subtree is one range and printing is one pass.
-  using Nodes = std::map<std::vector<PathElement>, Node, PathLess>;
+  struct Node;
+  /// A node's children in sibling order, each under its own element: the
+  /// tree holds each element once, however deep its node.
+  using Children = std::map<PathElement, std::unique_ptr<Node>, ElementLess>;
+  /// Values in tag order.
+  using Values = std::vector<std::pair<Orb::U32, ValueData>>;
+  struct Node {
+    Children children;
+    Values values;
+    bool written = false;     // by a command, not only created as an ancestor
+    std::string_view writer;  // the last command that wrote it; shown, not compared
 
+    bool sameAs(Node const& o) const { return values == o.values && written == o.written; }
+  };
   void run(RecordedCommand const& command);
-  void forgetEmptyAncestors(std::vector<PathElement> const& path);
-  static std::string lineOf(std::vector<PathElement> const& path, Node const& node);
-  // Visits the nodes of both trees in their common order with the node each
-  // holds at that path, null where it holds none.
+  /// The node at `path`, or null.
+  Node const* find(std::vector<PathElement> const& path) const;
+  static std::unique_ptr<Node> copyOf(Node const& node);
+  static bool equal(Node const& a, Node const& b);
+  static std::size_t count(Node const& node);
+  static std::string lineOf(std::vector<PathElement const*> const& path, Node const& node);
+  // Visits the nodes of both trees in their common order, each with its path
+  // and the node each tree holds there (null where it holds none).
   template <typename Visit>
   static void walk(EngineModel const& a, EngineModel const& b, Visit visit);
+  template <typename Visit>
+  static void walk(Node const* a, Node const* b, std::vector<PathElement const*>& path,
+                   Visit& visit);
 
-  Nodes nodes_;
+  /// The root: the empty path. Shown only when a command wrote it.
+  std::unique_ptr<Node> root_ = std::make_unique<Node>();
+  std::size_t nodes_ = 0;  // below the root
   std::vector<RecordedCommand> pending_;
   std::size_t commits_ = 0;
 
