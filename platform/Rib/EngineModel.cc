@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <mutex>
 #include <ostream>
 #include <set>
 #include <tuple>
@@ -74,10 +73,11 @@ EngineModel& EngineModel::operator=(EngineModel const& o) {
 EngineModel::~EngineModel() = default;
 
 std::unique_ptr<EngineModel::Node> EngineModel::copyOf(Node const& node) {
+  // Writers' names are interned into this model's own set.
   auto out = std::make_unique<Node>();
   out->values = node.values;
   out->written = node.written;
-  out->writer = node.writer;
+  out->writer = node.writer.empty() ? std::string_view() : interned(node.writer);
   for (auto const& [element, child] : node.children)
     out->children.emplace_hint(out->children.end(), element, copyOf(*child));
   return out;
@@ -110,20 +110,11 @@ EngineModel::Node const* EngineModel::find(std::vector<PathElement> const& path)
   return node;
 }
 
-namespace {
-
-/// Command names, kept once: a node names its last writer without a copy.
-/// Shared by every model, and models may live on several threads.
-std::string_view interned(std::string_view name) {
-  static std::mutex guard;
-  static std::set<std::string, std::less<>> names;
-  std::lock_guard const lock(guard);
-  auto it = names.find(name);
-  if (it == names.end()) it = names.emplace(name).first;
+std::string_view EngineModel::interned(std::string_view name) {
+  auto it = writers_.find(name);
+  if (it == writers_.end()) it = writers_.emplace(name).first;
   return *it;
 }
-
-}  // namespace
 
 void EngineModel::execute(CogOp const& op) {
   // Copied, not held: the library may reuse a command's arrays for the

@@ -8,6 +8,7 @@
 #include <iosfwd>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -125,7 +126,9 @@ class ROTOR_API EngineModel final : public EngineSink {
   void run(RecordedCommand const& command);
   /// The node at `path`, or null.
   Node const* find(std::vector<PathElement> const& path) const;
-  static std::unique_ptr<Node> copyOf(Node const& node);
+  std::unique_ptr<Node> copyOf(Node const& node);
+  /// The model's own copy of a command name, which outlives every node.
+  std::string_view interned(std::string_view name);
   static bool equal(Node const& a, Node const& b);
   static std::size_t count(Node const& node);
   static std::string lineOf(std::vector<PathElement const*> const& path, Node const& node);
@@ -137,6 +140,9 @@ class ROTOR_API EngineModel final : public EngineSink {
   static void walk(Node const* a, Node const* b, std::vector<PathElement const*>& path,
                    Visit& visit);
 
+  /// Command names, kept once: a node names its last writer without a copy.
+  /// Declared before the tree, so it is destroyed after it.
+  std::set<std::string, std::less<>> writers_;
   /// The root: the empty path. Shown only when a command wrote it.
   std::unique_ptr<Node> root_ = std::make_unique<Node>();
   std::size_t nodes_ = 0;  // below the root
