@@ -1,5 +1,6 @@
 // Fuzzes the whole library through the scenario language: a scenario that
-// reads is replayed with the check after every settled statement. A
+// reads is replayed with the check after every settled statement (and with a
+// repair before each check once it holds a `reconcile` statement). A
 // divergence the check cannot name, an assertion, a sanitizer report or an
 // Orb object left alive once the world is gone is a finding; a refused line
 // is not (the language refuses what would make the library abort).
@@ -24,6 +25,10 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
   {
     Scenario::World::Options options;
     options.vrf = scenario.vrf;
+    // A scenario that reconciles is checked strictly: after every settled
+    // statement a repair, then no divergence but the name collisions.
+    options.mirror = scenario.reconciles;
+    options.reconcile = scenario.reconciles;
     Scenario::World world(options);
     Scenario::RunResult result;
     try {
