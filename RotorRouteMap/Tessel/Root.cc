@@ -176,6 +176,9 @@ void Root::vrfStatusSmIs(L3::VrfName const& vrfName, RouteMapConfigPtr const& ro
   // one's tear-down leaves to them.
   std::optional<MachineReplacement> replacing;
   if (vrfStatusSmValue_) replacing.emplace();
+  // A first build into a mirror that has seen nothing is a fresh start
+  // already: reconciling it would only run that start a second time.
+  bool const rebuild = mirror_ && mirror_->commits() > 0;
   Orb::Ptr<VrfStatusSm> fresh =
       Orb::make<VrfStatusSm>(vrfName, routeMapConfig, peerFilterConfig, aclListConfig, aclConfig,
                              dynPfxListConfig, policyMap);
@@ -188,7 +191,7 @@ void Root::vrfStatusSmIs(L3::VrfName const& vrfName, RouteMapConfigPtr const& ro
   replacing.reset();
   fresh->hasNotificationActiveIs(true);
   notify(vrfStatusSm_);
-  if (reconcileAtRebuildValue_ && mirror_) doReconcile();
+  if (reconcileAtRebuildValue_ && rebuild) doReconcile();
 }
 
 void Root::vrfStatusSmDel() {

@@ -102,9 +102,10 @@ class ROTOR_API Root : public Orb::Entity {
   void engineMirrorIs(bool on);
   /// The mirror, or null.
   Rib::EngineModel const* mirror() const noexcept { return mirror_.get(); }
-  /// Whether every build of the per-VRF machinery (inputs complete again, an
-  /// input replaced, a rename reaching it) ends with a reconcile; only with
-  /// the mirror on.
+  /// Whether every rebuild of the per-VRF machinery (inputs complete again,
+  /// an input replaced, a rename reaching it, a later root's first build)
+  /// ends with a reconcile; only with the mirror on. A first build into a
+  /// mirror that has seen nothing is a fresh start already and is left be.
   bool reconcileAtRebuild() const noexcept { return reconcileAtRebuildValue_; }
   void reconcileAtRebuildIs(bool on);
   /// At a quiet moment (no handler running): works out what a fresh start on
